@@ -1,0 +1,69 @@
+#ifndef ORV_StatisticsCollectionProvider_h
+#define ORV_StatisticsCollectionProvider_h
+
+#include <Pegasus/Common/Config.h>
+#include <Pegasus/Provider/CIMInstanceProvider.h>
+
+PEGASUS_USING_PEGASUS;
+
+// Serves ORV_StatisticsCollection: the one collection to which every
+// statistical-data instance of the storage system belongs.
+class ORV_StatisticsCollectionProvider : public CIMInstanceProvider
+{
+public:
+    ORV_StatisticsCollectionProvider();
+    ORV_StatisticsCollectionProvider(const CIMObjectPath& path);
+    virtual ~ORV_StatisticsCollectionProvider();
+
+    virtual void initialize(CIMOMHandle& cimom);
+    virtual void terminate();
+
+    virtual void getInstance(const OperationContext& context,
+                             const CIMObjectPath& instanceReference,
+                             const Boolean includeQualifiers, const Boolean includeClassOrigin,
+                             const CIMPropertyList& propertyList,
+                             InstanceResponseHandler& handler);
+
+    virtual void enumerateInstances(const OperationContext& context,
+                                    const CIMObjectPath& classReference,
+                                    const Boolean includeQualifiers,
+                                    const Boolean includeClassOrigin,
+                                    const CIMPropertyList& propertyList,
+                                    InstanceResponseHandler& handler);
+
+    virtual void enumerateInstanceNames(const OperationContext& context,
+                                        const CIMObjectPath& classReference,
+                                        ObjectPathResponseHandler& handler);
+
+    virtual void modifyInstance(const OperationContext& context,
+                                const CIMObjectPath& instanceReference,
+                                const CIMInstance& instanceObject,
+                                const Boolean includeQualifiers,
+                                const CIMPropertyList& propertyList, ResponseHandler& handler);
+
+    virtual void createInstance(const OperationContext& context,
+                                const CIMObjectPath& instanceReference,
+                                const CIMInstance& instanceObject,
+                                ObjectPathResponseHandler& handler);
+
+    virtual void deleteInstance(const OperationContext& context,
+                                const CIMObjectPath& instanceReference,
+                                ResponseHandler& handler);
+
+    static CIMInstance buildInstance(CIMClass cimClass, const String& host,
+                                     const String& systemName);
+    static CIMObjectPath buildObjectPath(const String& host, const String& instanceID);
+    static String makeInstanceID(const String& systemName);
+
+private:
+    Array<CIMInstance> _build_instances(CIMName className, bool includeQualifiers,
+                                        bool includeClassOrigin,
+                                        const CIMPropertyList& propertyList);
+    Array<CIMObjectPath> _build_ref();
+
+    CIMOMHandle _cimom;
+    String _hostAddr;
+    String _systemName;
+};
+
+#endif

@@ -1,0 +1,112 @@
+// Entry point of the statistics provider module: the server asks for each
+// registered provider by name and owns what it gets back.
+
+#include <Pegasus/Common/Config.h>
+#include <Pegasus/Common/String.h>
+#include <Pegasus/Provider/CIMProvider.h>
+
+#include "ORV_BlockStatisticsManifestCollectionProvider.h"
+#include "ORV_StatisticsCollectionProvider.h"
+
+PEGASUS_USING_PEGASUS;
+
+namespace
+{
+
+// Creates a provider and hands it out through its CIMProvider base, which the
+// server uses whatever the provider's other bases are.
+template <class P>
+CIMProvider* create()
+{
+    return static_cast<CIMProvider*>(new P());
+}
+
+} // namespace
+
+extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& providerName)
+{
+    // Compared in this fixed order; the first match wins. Providers that the
+    // module does not carry yet answer null.
+    if (String::equalNoCase(providerName, "ORV_StatisticsCollectionProvider"))
+    {
+        return create<ORV_StatisticsCollectionProvider>();
+    }
+    if (String::equalNoCase(providerName, "ORV_BlockStatisticsManifestCollectionProvider"))
+    {
+        return create<ORV_BlockStatisticsManifestCollectionProvider>();
+    }
+    if (String::equalNoCase(providerName,
+                            "ORV_AssociatedBlockStatisticsManifestCollectionProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_BlockStatisticsManifestProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_MemberOfBlockStatisticsManifestCollectionProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_MemberOfStatisticsCollectionProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_ArrayStatisticalDataProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_ArrayElementStatisticalDataProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_NodeStatisticalDataProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_NodeElementStatisticalDataProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_DiskStatisticalDataProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_DiskElementStatisticalDataProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_PortStatisticalDataProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_PortElementStatisticalDataProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_VolumeStatisticalDataProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_VolumeElementStatisticalDataProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_BlockStatisticsServiceProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_BlockStatisticsCapabilitiesProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_StatisticsElementCapabilitiesProvider"))
+    {
+        return 0;
+    }
+    if (String::equalNoCase(providerName, "ORV_LUNStatisticalDataProvider"))
+    {
+        return 0;
+    }
+    return 0;
+}

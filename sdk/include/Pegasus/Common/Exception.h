@@ -1,0 +1,203 @@
+#ifndef Pegasus_Exception_h
+#define Pegasus_Exception_h
+
+#include <Pegasus/Common/Array.h>
+#include <Pegasus/Common/CIMStatusCode.h>
+#include <Pegasus/Common/Config.h>
+#include <Pegasus/Common/Linkage.h>
+#include <Pegasus/Common/MessageLoader.h>
+#include <Pegasus/Common/String.h>
+
+PEGASUS_NAMESPACE_BEGIN
+
+class CIMInstance;
+
+// Base of every exception the SDK throws. getMessage() is the text given.
+class PEGASUS_COMMON_LINKAGE Exception
+{
+public:
+    Exception(const String& message);
+    Exception(const Exception& exception);
+    Exception(const MessageLoaderParms& msgParms);
+    virtual ~Exception();
+    Exception& operator=(const Exception& exception);
+    virtual const String& getMessage() const;
+
+protected:
+    Exception();
+    String _message;
+};
+
+class PEGASUS_COMMON_LINKAGE IndexOutOfBoundsException : public Exception
+{
+public:
+    IndexOutOfBoundsException();
+};
+
+class PEGASUS_COMMON_LINKAGE AlreadyExistsException : public Exception
+{
+public:
+    AlreadyExistsException(const String& message);
+    AlreadyExistsException(MessageLoaderParms& msgParms);
+};
+
+class PEGASUS_COMMON_LINKAGE InvalidNameException : public Exception
+{
+public:
+    InvalidNameException(const String& name);
+    InvalidNameException(MessageLoaderParms& msgParms);
+};
+
+class PEGASUS_COMMON_LINKAGE InvalidNamespaceNameException : public Exception
+{
+public:
+    InvalidNamespaceNameException(const String& name);
+    InvalidNamespaceNameException(MessageLoaderParms& msgParms);
+};
+
+class PEGASUS_COMMON_LINKAGE UninitializedObjectException : public Exception
+{
+public:
+    UninitializedObjectException();
+};
+
+class PEGASUS_COMMON_LINKAGE TypeMismatchException : public Exception
+{
+public:
+    TypeMismatchException();
+    TypeMismatchException(const String& message);
+    TypeMismatchException(MessageLoaderParms& msgParms);
+};
+
+class PEGASUS_COMMON_LINKAGE DynamicCastFailedException : public Exception
+{
+public:
+    DynamicCastFailedException();
+};
+
+class PEGASUS_COMMON_LINKAGE InvalidDateTimeFormatException : public Exception
+{
+public:
+    InvalidDateTimeFormatException();
+};
+
+class PEGASUS_COMMON_LINKAGE DateTimeOutOfRangeException : public Exception
+{
+public:
+    DateTimeOutOfRangeException(const String& message);
+    DateTimeOutOfRangeException(MessageLoaderParms& msgParms);
+};
+
+class PEGASUS_COMMON_LINKAGE MalformedObjectNameException : public Exception
+{
+public:
+    MalformedObjectNameException(const String& objectName);
+    MalformedObjectNameException(MessageLoaderParms& msgParms);
+};
+
+class PEGASUS_COMMON_LINKAGE BindFailedException : public Exception
+{
+public:
+    BindFailedException(const String& message);
+    BindFailedException(MessageLoaderParms& msgParms);
+};
+
+class PEGASUS_COMMON_LINKAGE InvalidLocatorException : public Exception
+{
+public:
+    InvalidLocatorException(const String& locator);
+    InvalidLocatorException(MessageLoaderParms& msgParms);
+};
+
+class PEGASUS_COMMON_LINKAGE CannotCreateSocketException : public Exception
+{
+public:
+    CannotCreateSocketException();
+};
+
+class PEGASUS_COMMON_LINKAGE CannotConnectException : public Exception
+{
+public:
+    CannotConnectException(const String& message);
+    CannotConnectException(MessageLoaderParms& msgParms);
+};
+
+class PEGASUS_COMMON_LINKAGE AlreadyConnectedException : public Exception
+{
+public:
+    AlreadyConnectedException();
+};
+
+class PEGASUS_COMMON_LINKAGE NotConnectedException : public Exception
+{
+public:
+    NotConnectedException();
+};
+
+class PEGASUS_COMMON_LINKAGE ConnectionTimeoutException : public Exception
+{
+public:
+    ConnectionTimeoutException();
+};
+
+class PEGASUS_COMMON_LINKAGE SSLException : public Exception
+{
+public:
+    SSLException(const String& message);
+    SSLException(MessageLoaderParms& msgParms);
+};
+
+// An error answer to a CIM operation: a status code and a free text, which
+// getMessage() returns unchanged.
+class PEGASUS_COMMON_LINKAGE CIMException : public Exception
+{
+public:
+    CIMException(CIMStatusCode code = CIM_ERR_SUCCESS, const String& message = String::EMPTY);
+    CIMException(CIMStatusCode code, const MessageLoaderParms& msgParms);
+    CIMException(const CIMException& cimException);
+    CIMException& operator=(const CIMException& cimException);
+    virtual ~CIMException();
+
+    CIMStatusCode getCode() const;
+
+protected:
+    CIMStatusCode _code;
+    // Where the exception was raised, when known (see TraceableCIMException).
+    String _file;
+    Uint32 _line;
+};
+
+// The exceptions that providers throw for the common failure codes.
+class PEGASUS_COMMON_LINKAGE CIMOperationFailedException : public CIMException
+{
+public:
+    CIMOperationFailedException(const String& message);
+};
+
+class PEGASUS_COMMON_LINKAGE CIMAccessDeniedException : public CIMException
+{
+public:
+    CIMAccessDeniedException(const String& message);
+};
+
+class PEGASUS_COMMON_LINKAGE CIMInvalidParameterException : public CIMException
+{
+public:
+    CIMInvalidParameterException(const String& message);
+};
+
+class PEGASUS_COMMON_LINKAGE CIMNotSupportedException : public CIMException
+{
+public:
+    CIMNotSupportedException(const String& message);
+};
+
+class PEGASUS_COMMON_LINKAGE CIMObjectNotFoundException : public CIMException
+{
+public:
+    CIMObjectNotFoundException(const String& message);
+};
+
+PEGASUS_NAMESPACE_END
+
+#endif

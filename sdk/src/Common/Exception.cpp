@@ -1,0 +1,225 @@
+#include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/InternalException.h>
+
+PEGASUS_NAMESPACE_BEGIN
+
+void ArrayThrowIndexOutOfBoundsException()
+{
+    throw IndexOutOfBoundsException();
+}
+
+Exception::Exception()
+{
+}
+
+Exception::Exception(const String& message) : _message(message)
+{
+}
+
+Exception::Exception(const Exception& exception) = default;
+
+Exception::Exception(const MessageLoaderParms& msgParms) : _message(msgParms.toString())
+{
+}
+
+Exception::~Exception()
+{
+}
+
+Exception& Exception::operator=(const Exception& exception) = default;
+
+const String& Exception::getMessage() const
+{
+    return _message;
+}
+
+IndexOutOfBoundsException::IndexOutOfBoundsException() : Exception("index out of bounds")
+{
+}
+
+AlreadyExistsException::AlreadyExistsException(const String& message)
+    : Exception("object already exists: " + message)
+{
+}
+
+AlreadyExistsException::AlreadyExistsException(MessageLoaderParms& msgParms)
+    : Exception("object already exists: " + msgParms.toString())
+{
+}
+
+InvalidNameException::InvalidNameException(const String& name)
+    : Exception("invalid CIM name: " + name)
+{
+}
+
+InvalidNameException::InvalidNameException(MessageLoaderParms& msgParms)
+    : Exception("invalid CIM name: " + msgParms.toString())
+{
+}
+
+InvalidNamespaceNameException::InvalidNamespaceNameException(const String& name)
+    : Exception("invalid CIM namespace name: " + name)
+{
+}
+
+InvalidNamespaceNameException::InvalidNamespaceNameException(MessageLoaderParms& msgParms)
+    : Exception("invalid CIM namespace name: " + msgParms.toString())
+{
+}
+
+UninitializedObjectException::UninitializedObjectException()
+    : Exception("uninitialized object")
+{
+}
+
+TypeMismatchException::TypeMismatchException() : Exception("type mismatch")
+{
+}
+
+TypeMismatchException::TypeMismatchException(const String& message)
+    : Exception("type mismatch: " + message)
+{
+}
+
+TypeMismatchException::TypeMismatchException(MessageLoaderParms& msgParms)
+    : Exception("type mismatch: " + msgParms.toString())
+{
+}
+
+DynamicCastFailedException::DynamicCastFailedException() : Exception("dynamic cast failed")
+{
+}
+
+InvalidDateTimeFormatException::InvalidDateTimeFormatException()
+    : Exception("invalid datetime format")
+{
+}
+
+DateTimeOutOfRangeException::DateTimeOutOfRangeException(const String& message)
+    : Exception("DateTime is out of range : " + message)
+{
+}
+
+DateTimeOutOfRangeException::DateTimeOutOfRangeException(MessageLoaderParms& msgParms)
+    : Exception("DateTime is out of range : " + msgParms.toString())
+{
+}
+
+MalformedObjectNameException::MalformedObjectNameException(const String& objectName)
+    : Exception("malformed object name: " + objectName)
+{
+}
+
+MalformedObjectNameException::MalformedObjectNameException(MessageLoaderParms& msgParms)
+    : Exception("malformed object name: " + msgParms.toString())
+{
+}
+
+BindFailedException::BindFailedException(const String& message)
+    : Exception("Bind failed: " + message)
+{
+}
+
+BindFailedException::BindFailedException(MessageLoaderParms& msgParms)
+    : Exception("Bind failed: " + msgParms.toString())
+{
+}
+
+InvalidLocatorException::InvalidLocatorException(const String& locator)
+    : Exception("Invalid locator: " + locator)
+{
+}
+
+InvalidLocatorException::InvalidLocatorException(MessageLoaderParms& msgParms)
+    : Exception("Invalid locator: " + msgParms.toString())
+{
+}
+
+CannotCreateSocketException::CannotCreateSocketException()
+    : Exception("Cannot create socket")
+{
+}
+
+CannotConnectException::CannotConnectException(const String& message) : Exception(message)
+{
+}
+
+CannotConnectException::CannotConnectException(MessageLoaderParms& msgParms)
+    : Exception(msgParms)
+{
+}
+
+AlreadyConnectedException::AlreadyConnectedException() : Exception("already connected")
+{
+}
+
+NotConnectedException::NotConnectedException() : Exception("not connected")
+{
+}
+
+ConnectionTimeoutException::ConnectionTimeoutException() : Exception("connection timed out")
+{
+}
+
+SSLException::SSLException(const String& message) : Exception("SSL Exception: " + message)
+{
+}
+
+SSLException::SSLException(MessageLoaderParms& msgParms)
+    : Exception("SSL Exception: " + msgParms.toString())
+{
+}
+
+//
+// CIMException
+//
+
+CIMException::CIMException(CIMStatusCode code, const String& message)
+    : Exception(message), _code(code), _line(0)
+{
+}
+
+CIMException::CIMException(CIMStatusCode code, const MessageLoaderParms& msgParms)
+    : Exception(msgParms), _code(code), _line(0)
+{
+}
+
+CIMException::CIMException(const CIMException& cimException) = default;
+
+CIMException& CIMException::operator=(const CIMException& cimException) = default;
+
+CIMException::~CIMException()
+{
+}
+
+CIMStatusCode CIMException::getCode() const
+{
+    return _code;
+}
+
+CIMOperationFailedException::CIMOperationFailedException(const String& message)
+    : CIMException(CIM_ERR_FAILED, message)
+{
+}
+
+CIMAccessDeniedException::CIMAccessDeniedException(const String& message)
+    : CIMException(CIM_ERR_ACCESS_DENIED, message)
+{
+}
+
+CIMInvalidParameterException::CIMInvalidParameterException(const String& message)
+    : CIMException(CIM_ERR_INVALID_PARAMETER, message)
+{
+}
+
+CIMNotSupportedException::CIMNotSupportedException(const String& message)
+    : CIMException(CIM_ERR_NOT_SUPPORTED, message)
+{
+}
+
+CIMObjectNotFoundException::CIMObjectNotFoundException(const String& message)
+    : CIMException(CIM_ERR_NOT_FOUND, message)
+{
+}
+
+PEGASUS_NAMESPACE_END

@@ -1,0 +1,664 @@
+#include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/InternalException.h>
+#include <Pegasus/Common/String.h>
+
+#include <cstring>
+#include <ostream>
+
+PEGASUS_NAMESPACE_BEGIN
+
+namespace
+{
+
+Uint16 _lower(Uint16 c)
+{
+    return (c >= 'A' && c <= 'Z') ? Uint16(c + ('a' - 'A')) : c;
+}
+
+Uint16 _upper(Uint16 c)
+{
+    return (c >= 'a' && c <= 'z') ? Uint16(c - ('a' - 'A')) : c;
+}
+
+size_t _length(const Char16* str)
+{
+    size_t n = 0;
+    while (str[n] != 0)
+    {
+        n++;
+    }
+    return n;
+}
+
+void _throwBadUtf8(size_t index)
+{
+    char buffer[32];
+    snprintf(buffer, sizeof(buffer), "%zu", index);
+    throw Exception(String("The byte sequence starting at index ") + buffer +
+                    " is not valid UTF-8 encoding");
+}
+
+// Appends the UTF-16 form of the UTF-8 text; rejects overlong forms,
+// surrogates and truncated sequences.
+void _decodeUtf8(std::vector<Char16>& out, const char* str, size_t n)
+{
+    const unsigned char* p = reinterpret_cast<const unsigned char*>(str);
+    size_t i = 0;
+    while (i < n)
+    {
+        unsigned char c = p[i];
+        if (c < 0x80)
+        {
+            out.push_back(Char16(c));
+            i++;
+            continue;
+        }
+        size_t len;
+        Uint32 code;
+        Uint32 min;
+        if ((c & 0xE0) == 0xC0)
+        {
+            len = 2;
+            code = c & 0x1F;
+            min = 0x80;
+        }
+        else if ((c & 0xF0) == 0xE0)
+        {
+            len = 3;
+            code = c & 0x0F;
+            min = 0x800;
+        }
+        else if ((c & 0xF8) == 0xF0)
+        {
+            len = 4;
+            code = c & 0x07;
+            min = 0x10000;
+        }
+        else
+        {
+            _throwBadUtf8(i);
+        }
+        if (i + len > n)
+        {
+            _throwBadUtf8(i);
+        }
+        for (size_t k = 1; k < len; k++)
+        {
+            if ((p[i + k] & 0xC0) != 0x80)
+            {
+                _throwBadUtf8(i);
+            }
+            code = (code << 6) | (p[i + k] & 0x3F);
+        }
+        if (code < min || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF))
+        {
+            _throwBadUtf8(i);
+        }
+        if (code >= 0x10000)
+        {
+            code -= 0x10000;
+            out.push_back(Char16(Uint16(0xD800 + (code >> 10))));
+            out.push_back(Char16(Uint16(0xDC00 + (code & 0x3FF))));
+        }
+        else
+        {
+            out.push_back(Char16(Uint16(code)));
+        }
+        i += len;
+    }
+}
+
+void _encodeUtf8(std::string& out, const Char16* p, size_t n)
+{
+    for (size_t i = 0; i < n; i++)
+    {
+        Uint32 c = p[i];
+        if (c >= 0xD800 && c <= 0xDBFF && i + 1 < n && p[i + 1] >= 0xDC00 && p[i + 1] <= 0xDFFF)
+        {
+            c = 0x10000 + ((c - 0xD800) << 10) + (Uint16(p[i + 1]) - 0xDC00);
+            i++;
+        }
+        if (c < 0x80)
+        {
+            out += char(c);
+        }
+        else if (c < 0x800)
+        {
+            out += char(0xC0 | (c >> 6));
+            out += char(0x80 | (c & 0x3F));
+        }
+        else if (c < 0x10000)
+        {
+            out += char(0xE0 | (c >> 12));
+            out += char(0x80 | ((c >> 6) & 0x3F));
+            out += char(0x80 | (c & 0x3F));
+        }
+        else
+        {
+            out += char(0xF0 | (c >> 18));
+            out += char(0x80 | ((c >> 12) & 0x3F));
+            out += char(0x80 | ((c >> 6) & 0x3F));
+            out += char(0x80 | (c & 0x3F));
+        }
+    }
+}
+
+const Char16 _emptyData[1] = {Char16()};
+
+} // namespace
+
+//
+// CString
+//
+
+CString::CString() : _rep(nullptr)
+{
+}
+
+CString::CString(char* cstr) : _rep(cstr)
+{
+}
+
+CString::CString(const CString& cstr) : _rep(nullptr)
+{
+    if (cstr._rep)
+    {
+        size_t n = strlen(cstr._rep) + 1;
+        _rep = new char[n];
+        memcpy(_rep, cstr._rep, n);
+    }
+}
+
+CString::~CString()
+{
+    delete[] _rep;
+}
+
+CString& CString::operator=(const CString& cstr)
+{
+    if (&cstr != this)
+    {
+        CString copy(cstr);
+        std::swap(_rep, copy._rep);
+    }
+    return *this;
+}
+
+CString::operator const char*() const
+{
+    return _rep ? _rep : "";
+}
+
+//
+// String
+//
+
+const String String::EMPTY;
+
+String::String()
+{
+}
+
+String::String(const String& str) = default;
+
+String::String(String&& str) noexcept : _rep(std::move(str._rep))
+{
+}
+
+String::String(const String& str, Uint32 n)
+{
+    Uint32 size = str.size();
+    assign(str.getChar16Data(), n < size ? n : size);
+}
+
+String::String(const Char16* str)
+{
+    assign(str);
+}
+
+String::String(const Char16* str, Uint32 n)
+{
+    assign(str, n);
+}
+
+String::String(const char* str)
+{
+    assign(str);
+}
+
+String::String(const char* str, Uint32 n)
+{
+    assign(str, n);
+}
+
+String::String(const String& s1, const String& s2) : String(s1)
+{
+    append(s2);
+}
+
+String::String(const String& s1, const char* s2) : String(s1)
+{
+    append(String(s2));
+}
+
+String::String(const char* s1, const String& s2) : String(s1)
+{
+    append(s2);
+}
+
+String::~String()
+{
+}
+
+String& String::operator=(const String& str) = default;
+
+String& String::operator=(String&& str) noexcept
+{
+    _rep = std::move(str._rep);
+    return *this;
+}
+
+String& String::assign(const String& str)
+{
+    return *this = str;
+}
+
+String& String::assign(const Char16* str)
+{
+    if (!str)
+    {
+        throw NullPointer();
+    }
+    return assign(str, Uint32(_length(str)));
+}
+
+String& String::assign(const Char16* str, Uint32 n)
+{
+    if (!str && n)
+    {
+        throw NullPointer();
+    }
+    _rep.clear();
+    if (n)
+    {
+        _rep.assign(str, str + n);
+        _rep.push_back(Char16());
+    }
+    return *this;
+}
+
+String& String::assign(const char* str)
+{
+    if (!str)
+    {
+        throw NullPointer();
+    }
+    _setUtf8(str, strlen(str));
+    return *this;
+}
+
+String& String::assign(const char* str, Uint32 n)
+{
+    if (!str && n)
+    {
+        throw NullPointer();
+    }
+    _setUtf8(str, n);
+    return *this;
+}
+
+void String::_setUtf8(const char* str, size_t n)
+{
+    std::vector<Char16> rep;
+    if (n)
+    {
+        rep.reserve(n + 1);
+        _decodeUtf8(rep, str, n);
+        rep.push_back(Char16());
+    }
+    _rep.swap(rep);
+}
+
+void String::clear()
+{
+    _rep.clear();
+}
+
+void String::reserveCapacity(Uint32 capacity)
+{
+    _rep.reserve(size_t(capacity) + 1);
+}
+
+Uint32 String::size() const
+{
+    return _rep.empty() ? 0 : Uint32(_rep.size() - 1);
+}
+
+const Char16* String::getChar16Data() const
+{
+    return _rep.empty() ? _emptyData : _rep.data();
+}
+
+CString String::getCString() const
+{
+    std::string utf8;
+    _encodeUtf8(utf8, getChar16Data(), size());
+    char* p = new char[utf8.size() + 1];
+    memcpy(p, utf8.c_str(), utf8.size() + 1);
+    return CString(p);
+}
+
+Char16& String::operator[](Uint32 index)
+{
+    if (index >= size())
+    {
+        throw IndexOutOfBoundsException();
+    }
+    return _rep[index];
+}
+
+const Char16 String::operator[](Uint32 index) const
+{
+    if (index >= size())
+    {
+        throw IndexOutOfBoundsException();
+    }
+    return _rep[index];
+}
+
+String& String::append(const Char16& c)
+{
+    return append(&c, 1);
+}
+
+String& String::append(const char* str, Uint32 size)
+{
+    if (!str && size)
+    {
+        throw NullPointer();
+    }
+    std::vector<Char16> tail;
+    _decodeUtf8(tail, str, size);
+    return append(tail.data(), Uint32(tail.size()));
+}
+
+String& String::append(const Char16* str, Uint32 n)
+{
+    if (n == 0)
+    {
+        return *this;
+    }
+    if (!str)
+    {
+        throw NullPointer();
+    }
+    if (_rep.empty())
+    {
+        _rep.assign(str, str + n);
+    }
+    else
+    {
+        _rep.pop_back();
+        _rep.insert(_rep.end(), str, str + n);
+    }
+    _rep.push_back(Char16());
+    return *this;
+}
+
+String& String::append(const String& str)
+{
+    if (&str == this)
+    {
+        String copy(str);
+        return append(copy.getChar16Data(), copy.size());
+    }
+    return append(str.getChar16Data(), str.size());
+}
+
+String& String::operator+=(const String& str)
+{
+    return append(str);
+}
+
+String& String::operator+=(Char16 c)
+{
+    return append(c);
+}
+
+String& String::operator+=(char c)
+{
+    return append(Char16(Uint16(static_cast<unsigned char>(c))));
+}
+
+void String::remove(Uint32 index, Uint32 size)
+{
+    Uint32 length = this->size();
+    if (size == PEG_NOT_FOUND)
+    {
+        if (index > length)
+        {
+            throw IndexOutOfBoundsException();
+        }
+        size = length - index;
+    }
+    if (index > length || size > length - index)
+    {
+        throw IndexOutOfBoundsException();
+    }
+    if (size == 0)
+    {
+        return;
+    }
+    _rep.erase(_rep.begin() + index, _rep.begin() + index + size);
+    if (_rep.size() == 1)
+    {
+        _rep.clear();
+    }
+}
+
+String String::subString(Uint32 index, Uint32 n) const
+{
+    Uint32 length = size();
+    if (index >= length)
+    {
+        return String();
+    }
+    if (n == PEG_NOT_FOUND || n > length - index)
+    {
+        n = length - index;
+    }
+    return String(getChar16Data() + index, n);
+}
+
+Uint32 String::find(Char16 c) const
+{
+    return find(0, c);
+}
+
+Uint32 String::find(Uint32 index, Char16 c) const
+{
+    const Char16* p = getChar16Data();
+    for (Uint32 i = index, n = size(); i < n; i++)
+    {
+        if (Uint16(p[i]) == Uint16(c))
+        {
+            return i;
+        }
+    }
+    return PEG_NOT_FOUND;
+}
+
+Uint32 String::find(const String& s) const
+{
+    return find(0, s);
+}
+
+Uint32 String::find(Uint32 index, const String& s) const
+{
+    Uint32 n = size();
+    Uint32 m = s.size();
+    if (m > n)
+    {
+        return PEG_NOT_FOUND;
+    }
+    const Char16* p = getChar16Data();
+    const Char16* q = s.getChar16Data();
+    for (Uint32 i = index; i + m <= n; i++)
+    {
+        Uint32 k = 0;
+        while (k < m && Uint16(p[i + k]) == Uint16(q[k]))
+        {
+            k++;
+        }
+        if (k == m)
+        {
+            return i;
+        }
+    }
+    return PEG_NOT_FOUND;
+}
+
+Uint32 String::reverseFind(Char16 c) const
+{
+    const Char16* p = getChar16Data();
+    for (Uint32 i = size(); i > 0; i--)
+    {
+        if (Uint16(p[i - 1]) == Uint16(c))
+        {
+            return i - 1;
+        }
+    }
+    return PEG_NOT_FOUND;
+}
+
+void String::toLower()
+{
+    for (Uint32 i = 0, n = size(); i < n; i++)
+    {
+        _rep[i] = _lower(_rep[i]);
+    }
+}
+
+void String::toUpper()
+{
+    for (Uint32 i = 0, n = size(); i < n; i++)
+    {
+        _rep[i] = _upper(_rep[i]);
+    }
+}
+
+int String::compare(const String& s1, const String& s2, Uint32 n)
+{
+    const Char16* p = s1.getChar16Data();
+    const Char16* q = s2.getChar16Data();
+    for (Uint32 i = 0; i < n; i++)
+    {
+        int d = int(Uint16(p[i])) - int(Uint16(q[i]));
+        if (d != 0 || p[i] == 0)
+        {
+            return d;
+        }
+    }
+    return 0;
+}
+
+int String::compare(const String& s1, const String& s2)
+{
+    return compare(s1, s2, PEG_NOT_FOUND);
+}
+
+int String::compareNoCase(const String& s1, const String& s2)
+{
+    const Char16* p = s1.getChar16Data();
+    const Char16* q = s2.getChar16Data();
+    for (Uint32 i = 0;; i++)
+    {
+        int d = int(_lower(p[i])) - int(_lower(q[i]));
+        if (d != 0 || p[i] == 0)
+        {
+            return d;
+        }
+    }
+}
+
+Boolean String::equal(const String& s1, const String& s2)
+{
+    return s1.size() == s2.size() && compare(s1, s2) == 0;
+}
+
+Boolean String::equalNoCase(const String& s1, const String& s2)
+{
+    return s1.size() == s2.size() && compareNoCase(s1, s2) == 0;
+}
+
+Boolean operator==(const String& s1, const String& s2)
+{
+    return String::equal(s1, s2);
+}
+
+Boolean operator==(const String& s1, const char* s2)
+{
+    return String::equal(s1, String(s2));
+}
+
+Boolean operator==(const char* s1, const String& s2)
+{
+    return String::equal(String(s1), s2);
+}
+
+Boolean operator!=(const String& s1, const String& s2)
+{
+    return !String::equal(s1, s2);
+}
+
+Boolean operator!=(const String& s1, const char* s2)
+{
+    return !(s1 == s2);
+}
+
+Boolean operator!=(const char* s1, const String& s2)
+{
+    return !(s1 == s2);
+}
+
+Boolean operator<(const String& s1, const String& s2)
+{
+    return String::compare(s1, s2) < 0;
+}
+
+Boolean operator<=(const String& s1, const String& s2)
+{
+    return String::compare(s1, s2) <= 0;
+}
+
+Boolean operator>(const String& s1, const String& s2)
+{
+    return String::compare(s1, s2) > 0;
+}
+
+Boolean operator>=(const String& s1, const String& s2)
+{
+    return String::compare(s1, s2) >= 0;
+}
+
+String operator+(const String& s1, const String& s2)
+{
+    return String(s1, s2);
+}
+
+String operator+(const String& s1, const char* s2)
+{
+    return String(s1, s2);
+}
+
+String operator+(const char* s1, const String& s2)
+{
+    return String(s1, s2);
+}
+
+std::ostream& operator<<(std::ostream& os, const String& str)
+{
+    return os << static_cast<const char*>(str.getCString());
+}
+
+PEGASUS_NAMESPACE_END

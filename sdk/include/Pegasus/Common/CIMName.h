@@ -14,6 +14,7 @@ class PEGASUS_COMMON_LINKAGE CIMName
 {
 public:
     CIMName();
+    CIMName(const CIMName& name);
     CIMName(const String& name);
     CIMName(const char* name);
 
@@ -46,6 +47,7 @@ class PEGASUS_COMMON_LINKAGE CIMNamespaceName
 {
 public:
     CIMNamespaceName();
+    CIMNamespaceName(const CIMNamespaceName& name);
     CIMNamespaceName(const String& name);
     CIMNamespaceName(const char* name);
 

@@ -1,0 +1,43 @@
+#ifndef ORV_SIBLINGS_ProviderSupport_h
+#define ORV_SIBLINGS_ProviderSupport_h
+
+#include <Pegasus/Common/Config.h>
+#include <Pegasus/Common/OperationContext.h>
+#include <Pegasus/Common/String.h>
+
+// Guards shared by the sibling providers.
+namespace orvsib
+{
+
+// The caller's user name; "" (the server itself) when the context has none.
+Pegasus::String userOf(const Pegasus::OperationContext& context);
+
+// Refuses a caller that the management API does not accept
+// (CIM_ERR_ACCESS_DENIED).
+void checkUser(const Pegasus::OperationContext& context);
+
+// Runs work and turns a failed management API call into CIM_ERR_FAILED with
+// a text that names the provider and the call.
+template <typename Work> void reportingApiFailures(const char* providerName, Work work);
+
+} // namespace orvsib
+
+#include "ArrayAccess.h"
+
+#include <Pegasus/Common/Exception.h>
+
+template <typename Work> void orvsib::reportingApiFailures(const char* providerName, Work work)
+{
+    try
+    {
+        work();
+    }
+    catch (const ArrayAccessError& error)
+    {
+        throw Pegasus::CIMException(Pegasus::CIM_ERR_FAILED,
+                                    Pegasus::String(providerName) + Pegasus::String(": ") +
+                                        Pegasus::String(error.what()));
+    }
+}
+
+#endif

@@ -1,0 +1,637 @@
+#include "CimOperationProcessor.h"
+
+#include "CimXmlWriter.h"
+
+#include <ORV_ClientAddressContainer.h>
+#include <Pegasus/Common/CIMPropertyList.h>
+#include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/OperationContext.h>
+
+#include <strings.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <set>
+
+using namespace Pegasus;
+
+namespace orvhost
+{
+
+namespace
+{
+const char cimPath[] = "/cimom";
+
+// A fault found while reading the parameters of an intrinsic call.
+struct ParamError
+{
+    CIMStatusCode code;
+    std::string text;
+};
+
+std::string _lower(std::string text)
+{
+    for (char& c : text)
+    {
+        c = static_cast<char>(tolower(static_cast<unsigned char>(c)));
+    }
+    return text;
+}
+
+std::string _trim(const std::string& text)
+{
+    size_t b = text.find_first_not_of(" \t");
+    size_t e = text.find_last_not_of(" \t");
+    return b == std::string::npos ? "" : text.substr(b, e - b + 1);
+}
+
+std::string _urlDecode(const std::string& text)
+{
+    std::string out;
+    for (size_t i = 0; i < text.size(); ++i)
+    {
+        if (text[i] == '%' && i + 2 < text.size() && isxdigit(static_cast<unsigned char>(text[i + 1])) &&
+            isxdigit(static_cast<unsigned char>(text[i + 2])))
+        {
+            out += static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16));
+            i += 2;
+        }
+        else
+        {
+            out += text[i];
+        }
+    }
+    return out;
+}
+
+std::string _stripSlashes(std::string ns)
+{
+    while (!ns.empty() && ns.front() == '/')
+    {
+        ns.erase(0, 1);
+    }
+    while (!ns.empty() && ns.back() == '/')
+    {
+        ns.pop_back();
+    }
+    return ns;
+}
+
+// Intrinsic parameters by lower-case name, with DSP0200's rules on shapes.
+class IParams
+{
+public:
+    IParams(const std::vector<IParam>& params, std::set<std::string> allowed)
+    {
+        for (const IParam& p : params)
+        {
+            std::string key = _lower(p.name);
+            if (allowed.count(key) == 0)
+            {
+                throw ParamError{CIM_ERR_INVALID_PARAMETER,
+                                 "unexpected parameter " + p.name + " for this operation"};
+            }
+            if (!_params.emplace(key, &p).second)
+            {
+                throw ParamError{CIM_ERR_INVALID_PARAMETER, "parameter " + p.name + " repeated"};
+            }
+        }
+    }
+
+    const IParam* find(const char* name) const
+    {
+        auto it = _params.find(_lower(name));
+        return it == _params.end() ? nullptr : it->second;
+    }
+
+    Boolean boolean(const char* name, Boolean defaultValue) const
+    {
+        const IParam* p = find(name);
+        if (p == nullptr || p->kind == IParam::NULL_VALUE)
+        {
+            return defaultValue;
+        }
+        if (p->kind == IParam::VALUE)
+        {
+            std::string text = _lower(_trim(p->text));
+            if (text == "true")
+            {
+                return true;
+            }
+            if (text == "false")
+            {
+                return false;
+            }
+        }
+        throw ParamError{CIM_ERR_INVALID_PARAMETER,
+                         std::string("parameter ") + name + " must be TRUE or FALSE"};
+    }
+
+    CIMName className(const char* name, bool required) const
+    {
+        const IParam* p = find(name);
+        if (p == nullptr || p->kind == IParam::NULL_VALUE)
+        {
+            if (required)
+            {
+                throw ParamError{CIM_ERR_INVALID_PARAMETER,
+                                 std::string("missing parameter ") + name};
+            }
+            return CIMName();
+        }
+        if (p->kind != IParam::CLASS_NAME)
+        {
+            throw ParamError{CIM_ERR_INVALID_PARAMETER,
+                             std::string("parameter ") + name + " must be a CLASSNAME"};
+        }
+        return p->className;
+    }
+
+    CIMObjectPath instanceName(const char* name) const
+    {
+        const IParam* p = find(name);
+        if (p == nullptr || p->kind != IParam::INSTANCE_NAME)
+        {
+            throw ParamError{CIM_ERR_INVALID_PARAMETER,
+                             std::string("parameter ") + name + " must be an INSTANCENAME"};
+        }
+        return p->path;
+    }
+
+    // An object name: a class (CLASSNAME) or an instance (INSTANCENAME).
+    CIMObjectPath objectName(const char* name) const
+    {
+        const IParam* p = find(name);
+        if (p != nullptr && p->kind == IParam::CLASS_NAME)
+        {
+            CIMObjectPath path;
+            path.setClassName(p->className);
+            return path;
+        }
+        if (p != nullptr && p->kind == IParam::INSTANCE_NAME)
+        {
+            return p->path;
+        }
+        throw ParamError{CIM_ERR_INVALID_PARAMETER,
+                         std::string("parameter ") + name + " must be a CLASSNAME or INSTANCENAME"};
+    }
+
+    String text(const char* name) const
+    {
+        const IParam* p = find(name);
+        if (p == nullptr || p->kind == IParam::NULL_VALUE)
+        {
+            return String();
+        }
+        if (p->kind != IParam::VALUE)
+        {
+            throw ParamError{CIM_ERR_INVALID_PARAMETER,
+                             std::string("parameter ") + name + " must be a VALUE"};
+        }
+        return String(p->text.c_str());
+    }
+
+    CIMPropertyList propertyList() const
+    {
+        const IParam* p = find("PropertyList");
+        if (p == nullptr || p->kind == IParam::NULL_VALUE)
+        {
+            return CIMPropertyList();
+        }
+        if (p->kind != IParam::VALUE_ARRAY)
+        {
+            throw ParamError{CIM_ERR_INVALID_PARAMETER, "parameter PropertyList must be a VALUE.ARRAY"};
+        }
+        Array<CIMName> names;
+        for (const std::string& text : p->texts)
+        {
+            try
+            {
+                names.append(CIMName(String(_trim(text).c_str())));
+            }
+            catch (const Exception&)
+            {
+                throw ParamError{CIM_ERR_INVALID_PARAMETER,
+                                 "PropertyList holds an invalid name \"" + text + "\""};
+            }
+        }
+        return CIMPropertyList(names);
+    }
+
+private:
+    std::map<std::string, const IParam*> _params;
+};
+
+std::string _className(const CIMName& name)
+{
+    return name.isNull() ? "-" : cimxml::str(name.getString());
+}
+
+std::string _description(const CIMException& e)
+{
+    std::string text = cimxml::str(e.getMessage());
+    return text.empty() ? cimxml::str(cimStatusCodeToString(e.getCode())) : text;
+}
+
+HttpResponse _protocolError(int status, const std::string& cimError, const std::string& detail)
+{
+    HttpResponse response;
+    response.status = status;
+    response.headers.emplace_back("CIMError", cimError);
+    response.headers.emplace_back("Content-Type", "text/plain; charset=utf-8");
+    response.body = detail + "\n";
+    response.summary.cimStatus = cimError;
+    return response;
+}
+
+std::set<std::string> _names(std::initializer_list<const char*> names)
+{
+    std::set<std::string> out;
+    for (const char* n : names)
+    {
+        out.insert(_lower(n));
+    }
+    return out;
+}
+} // namespace
+
+CimOperationProcessor::CimOperationProcessor(CIMOMDispatcher& dispatcher, const String& hostName)
+    : _dispatcher(dispatcher), _hostName(hostName)
+{
+}
+
+HttpResponse CimOperationProcessor::handle(const HttpRequest& http)
+{
+    std::string path = http.url;
+    while (path.size() > 1 && path.back() == '/')
+    {
+        path.pop_back();
+    }
+    if (path != cimPath)
+    {
+        HttpResponse response;
+        response.status = 404;
+        response.headers.emplace_back("Content-Type", "text/plain; charset=utf-8");
+        response.body = "CIM operations are served at " + std::string(cimPath) + "\n";
+        return response;
+    }
+    // M-POST names its CIM headers with a numeric prefix declared in Man.
+    std::string prefix;
+    if (http.method == "M-POST")
+    {
+        auto man = http.headers.find("Man");
+        size_t ns = man == http.headers.end() ? std::string::npos : man->second.find("ns=");
+        if (ns == std::string::npos)
+        {
+            return _protocolError(400, "request-not-valid", "M-POST without a Man header ns");
+        }
+        std::string digits;
+        for (size_t i = ns + 3; i < man->second.size() && isdigit(static_cast<unsigned char>(man->second[i])); ++i)
+        {
+            digits += man->second[i];
+        }
+        prefix = digits + "-";
+    }
+    auto header = [&](const char* name, std::string& value) {
+        auto it = http.headers.find(prefix + name);
+        if (it == http.headers.end())
+        {
+            return false;
+        }
+        value = _trim(it->second);
+        return true;
+    };
+
+    std::string value;
+    if (!header("CIMOperation", value) || strcasecmp(value.c_str(), "MethodCall") != 0)
+    {
+        return _protocolError(400, "unsupported-operation",
+                              "the CIMOperation header must be MethodCall");
+    }
+    if (header("CIMProtocolVersion", value) && value.compare(0, 2, "1.") != 0)
+    {
+        return _protocolError(501, "unsupported-protocol-version",
+                              "CIMProtocolVersion " + value + " is not supported");
+    }
+    auto contentType = http.headers.find("Content-Type");
+    if (contentType != http.headers.end())
+    {
+        std::string type = _lower(contentType->second);
+        if (type.compare(0, 15, "application/xml") != 0 && type.compare(0, 8, "text/xml") != 0)
+        {
+            return _protocolError(400, "request-not-valid",
+                                  "Content-Type must be application/xml or text/xml");
+        }
+        size_t charset = type.find("charset=");
+        if (charset != std::string::npos)
+        {
+            std::string cs = type.substr(charset + 8);
+            cs = cs.substr(0, cs.find(';'));
+            cs.erase(std::remove(cs.begin(), cs.end(), '"'), cs.end());
+            cs = _trim(cs);
+            if (cs != "utf-8" && cs != "utf8")
+            {
+                return _protocolError(400, "request-not-valid", "only utf-8 is accepted");
+            }
+        }
+    }
+
+    CimRequest request;
+    try
+    {
+        request = parseCimRequest(http.body);
+    }
+    catch (const CimProtocolError& e)
+    {
+        return _protocolError(e.httpStatus(), e.cimError(), e.what());
+    }
+
+    std::string method;
+    if (!header("CIMMethod", method) || _urlDecode(method) != request.methodName)
+    {
+        return _protocolError(400, "header-mismatch",
+                              "the CIMMethod header does not name the method in the body");
+    }
+    std::string object;
+    if (!header("CIMObject", object))
+    {
+        return _protocolError(400, "header-mismatch", "the CIMObject header is missing");
+    }
+    object = _urlDecode(object);
+    std::string headerNs = request.intrinsic ? object : object.substr(0, object.find(':'));
+    if (!request.nameSpaceText.empty() &&
+        strcasecmp(_stripSlashes(headerNs).c_str(),
+                   _stripSlashes(request.nameSpaceText).c_str()) != 0)
+    {
+        return _protocolError(400, "header-mismatch",
+                              "the CIMObject header does not match the namespace in the body");
+    }
+
+    HttpResponse response;
+    response.summary.operation = request.methodName;
+    std::string body = cimxml::messageStart(request.messageId);
+    const char* element = request.intrinsic ? "IMETHODRESPONSE" : "METHODRESPONSE";
+    body += std::string("<") + element + " NAME=\"" + cimxml::escape(request.methodName) + "\">";
+    std::string result;
+    try
+    {
+        if (request.errorCode != CIM_ERR_SUCCESS)
+        {
+            throw CIMException(request.errorCode, String(request.errorText.c_str()));
+        }
+        OperationContext context;
+        context.insert(IdentityContainer(String(http.user.c_str())));
+        context.insert(ORV_ClientAddressContainer(String(http.peer.c_str())));
+        result = request.intrinsic ? _dispatchIntrinsic(request, context, response.summary)
+                                   : _dispatchExtrinsic(request, context, response.summary);
+        response.summary.cimStatus = "0";
+    }
+    catch (const ParamError& e)
+    {
+        result.clear();
+        cimxml::appendError(result, e.code, e.text);
+        response.summary.cimStatus = std::to_string(e.code);
+    }
+    catch (const CIMException& e)
+    {
+        result.clear();
+        cimxml::appendError(result, e.getCode(), _description(e));
+        response.summary.cimStatus = std::to_string(e.getCode());
+    }
+    catch (const Exception& e)
+    {
+        result.clear();
+        cimxml::appendError(result, CIM_ERR_FAILED, cimxml::str(e.getMessage()));
+        response.summary.cimStatus = std::to_string(CIM_ERR_FAILED);
+    }
+    catch (const std::exception& e)
+    {
+        result.clear();
+        cimxml::appendError(result, CIM_ERR_FAILED, e.what());
+        response.summary.cimStatus = std::to_string(CIM_ERR_FAILED);
+    }
+    body += result;
+    body += std::string("</") + element + ">";
+    body += cimxml::messageEnd();
+
+    response.body = std::move(body);
+    response.headers.emplace_back("Content-Type", "application/xml; charset=\"utf-8\"");
+    if (http.method == "M-POST")
+    {
+        response.headers.emplace_back("Ext", "");
+        response.headers.emplace_back("Opt", "http://www.dmtf.org/cim/mapping/http/v1.0 ; ns=" +
+                                                 prefix.substr(0, prefix.size() - 1));
+    }
+    response.headers.emplace_back(prefix + "CIMOperation", "MethodResponse");
+    return response;
+}
+
+std::string CimOperationProcessor::_dispatchIntrinsic(const CimRequest& request,
+                                                      const OperationContext& context,
+                                                      RequestSummary& summary)
+{
+    const std::string op = request.methodName;
+    const CIMNamespaceName& ns = request.nameSpace;
+    std::string out = "<IRETURNVALUE>";
+    auto objects = [&](const Array<CIMObject>& found) {
+        for (Uint32 i = 0; i < found.size(); ++i)
+        {
+            out += "<VALUE.OBJECTWITHPATH>";
+            if (found[i].isClass())
+            {
+                cimxml::appendClassPath(out, found[i].getPath(), _hostName, ns);
+                cimxml::appendClass(out, CIMConstClass(found[i]));
+            }
+            else
+            {
+                cimxml::appendInstancePath(out, found[i].getPath(), _hostName, ns);
+                cimxml::appendInstance(out, CIMConstInstance(found[i]));
+            }
+            out += "</VALUE.OBJECTWITHPATH>";
+        }
+    };
+    auto paths = [&](const Array<CIMObjectPath>& found, bool classLevel) {
+        for (Uint32 i = 0; i < found.size(); ++i)
+        {
+            out += "<OBJECTPATH>";
+            if (classLevel)
+            {
+                cimxml::appendClassPath(out, found[i], _hostName, ns);
+            }
+            else
+            {
+                cimxml::appendInstancePath(out, found[i], _hostName, ns);
+            }
+            out += "</OBJECTPATH>";
+        }
+    };
+    auto isClassLevel = [](const IParams& p) {
+        return p.find("ObjectName")->kind == IParam::CLASS_NAME;
+    };
+
+    if (op == "GetClass")
+    {
+        IParams p(request.iparams, _names({"ClassName", "LocalOnly", "IncludeQualifiers",
+                                           "IncludeClassOrigin", "PropertyList"}));
+        CIMName name = p.className("ClassName", true);
+        summary.className = _className(name);
+        CIMClass c = _dispatcher.getClass(context, ns, name, p.boolean("LocalOnly", true),
+                                          p.boolean("IncludeQualifiers", true),
+                                          p.boolean("IncludeClassOrigin", false),
+                                          p.propertyList());
+        cimxml::appendClass(out, c);
+    }
+    else if (op == "EnumerateClasses")
+    {
+        IParams p(request.iparams, _names({"ClassName", "DeepInheritance", "LocalOnly",
+                                           "IncludeQualifiers", "IncludeClassOrigin"}));
+        CIMName name = p.className("ClassName", false);
+        summary.className = _className(name);
+        Array<CIMClass> found = _dispatcher.enumerateClasses(
+            context, ns, name, p.boolean("DeepInheritance", false), p.boolean("LocalOnly", true),
+            p.boolean("IncludeQualifiers", true), p.boolean("IncludeClassOrigin", false));
+        for (Uint32 i = 0; i < found.size(); ++i)
+        {
+            cimxml::appendClass(out, found[i]);
+        }
+    }
+    else if (op == "EnumerateClassNames")
+    {
+        IParams p(request.iparams, _names({"ClassName", "DeepInheritance"}));
+        CIMName name = p.className("ClassName", false);
+        summary.className = _className(name);
+        Array<CIMName> found = _dispatcher.enumerateClassNames(
+            context, ns, name, p.boolean("DeepInheritance", false));
+        for (Uint32 i = 0; i < found.size(); ++i)
+        {
+            cimxml::appendClassName(out, found[i]);
+        }
+    }
+    else if (op == "GetInstance")
+    {
+        IParams p(request.iparams, _names({"InstanceName", "LocalOnly", "IncludeQualifiers",
+                                           "IncludeClassOrigin", "PropertyList"}));
+        CIMObjectPath name = p.instanceName("InstanceName");
+        summary.className = _className(name.getClassName());
+        CIMInstance instance = _dispatcher.getInstance(
+            context, ns, name, p.boolean("LocalOnly", true), p.boolean("IncludeQualifiers", false),
+            p.boolean("IncludeClassOrigin", false), p.propertyList());
+        cimxml::appendInstance(out, instance);
+    }
+    else if (op == "EnumerateInstances")
+    {
+        IParams p(request.iparams,
+                  _names({"ClassName", "LocalOnly", "DeepInheritance", "IncludeQualifiers",
+                          "IncludeClassOrigin", "PropertyList"}));
+        CIMName name = p.className("ClassName", true);
+        summary.className = _className(name);
+        Array<CIMInstance> found = _dispatcher.enumerateInstances(
+            context, ns, name, p.boolean("DeepInheritance", true), p.boolean("LocalOnly", true),
+            p.boolean("IncludeQualifiers", false), p.boolean("IncludeClassOrigin", false),
+            p.propertyList());
+        for (Uint32 i = 0; i < found.size(); ++i)
+        {
+            out += "<VALUE.NAMEDINSTANCE>";
+            cimxml::appendInstanceName(out, found[i].getPath());
+            cimxml::appendInstance(out, found[i]);
+            out += "</VALUE.NAMEDINSTANCE>";
+        }
+    }
+    else if (op == "EnumerateInstanceNames")
+    {
+        IParams p(request.iparams, _names({"ClassName"}));
+        CIMName name = p.className("ClassName", true);
+        summary.className = _className(name);
+        Array<CIMObjectPath> found = _dispatcher.enumerateInstanceNames(context, ns, name);
+        for (Uint32 i = 0; i < found.size(); ++i)
+        {
+            cimxml::appendInstanceName(out, found[i]);
+        }
+    }
+    else if (op == "Associators")
+    {
+        IParams p(request.iparams,
+                  _names({"ObjectName", "AssocClass", "ResultClass", "Role", "ResultRole",
+                          "IncludeQualifiers", "IncludeClassOrigin", "PropertyList"}));
+        CIMObjectPath name = p.objectName("ObjectName");
+        summary.className = _className(name.getClassName());
+        objects(_dispatcher.associators(
+            context, ns, name, p.className("AssocClass", false), p.className("ResultClass", false),
+            p.text("Role"), p.text("ResultRole"), p.boolean("IncludeQualifiers", false),
+            p.boolean("IncludeClassOrigin", false), p.propertyList()));
+    }
+    else if (op == "AssociatorNames")
+    {
+        IParams p(request.iparams,
+                  _names({"ObjectName", "AssocClass", "ResultClass", "Role", "ResultRole"}));
+        CIMObjectPath name = p.objectName("ObjectName");
+        summary.className = _className(name.getClassName());
+        paths(_dispatcher.associatorNames(context, ns, name, p.className("AssocClass", false),
+                                          p.className("ResultClass", false), p.text("Role"),
+                                          p.text("ResultRole")),
+              isClassLevel(p));
+    }
+    else if (op == "References")
+    {
+        IParams p(request.iparams, _names({"ObjectName", "ResultClass", "Role",
+                                           "IncludeQualifiers", "IncludeClassOrigin",
+                                           "PropertyList"}));
+        CIMObjectPath name = p.objectName("ObjectName");
+        summary.className = _className(name.getClassName());
+        objects(_dispatcher.references(context, ns, name, p.className("ResultClass", false),
+                                       p.text("Role"), p.boolean("IncludeQualifiers", false),
+                                       p.boolean("IncludeClassOrigin", false), p.propertyList()));
+    }
+    else if (op == "ReferenceNames")
+    {
+        IParams p(request.iparams, _names({"ObjectName", "ResultClass", "Role"}));
+        CIMObjectPath name = p.objectName("ObjectName");
+        summary.className = _className(name.getClassName());
+        paths(_dispatcher.referenceNames(context, ns, name, p.className("ResultClass", false),
+                                         p.text("Role")),
+              isClassLevel(p));
+    }
+    else
+    {
+        // Pull operations, class and instance changes, queries and unknown
+        // names alike: clients fall back to the operations above.
+        throw CIMException(CIM_ERR_NOT_SUPPORTED,
+                           String(("operation " + op + " is not supported").c_str()));
+    }
+    out += "</IRETURNVALUE>";
+    return out;
+}
+
+std::string CimOperationProcessor::_dispatchExtrinsic(const CimRequest& request,
+                                                      const OperationContext& context,
+                                                      RequestSummary& summary)
+{
+    summary.className = _className(request.objectPath.getClassName());
+    CIMName methodName;
+    try
+    {
+        methodName = CIMName(String(request.methodName.c_str()));
+    }
+    catch (const Exception&)
+    {
+        throw CIMException(CIM_ERR_METHOD_NOT_FOUND,
+                           String(("invalid method name " + request.methodName).c_str()));
+    }
+    // The namespace travels separately; the path handed on is the local one.
+    CIMObjectPath target = request.objectPath;
+    target.setHost(String());
+    target.setNameSpace(CIMNamespaceName());
+    Array<CIMParamValue> outParams;
+    CIMValue returned = _dispatcher.invokeMethod(context, request.nameSpace, target, methodName,
+                                                 request.inParams, outParams);
+    std::string out;
+    cimxml::appendReturnValue(out, returned);
+    for (Uint32 i = 0; i < outParams.size(); ++i)
+    {
+        cimxml::appendParamValue(out, outParams[i]);
+    }
+    return out;
+}
+
+} // namespace orvhost

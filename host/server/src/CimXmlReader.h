@@ -1,0 +1,88 @@
+#ifndef ORV_HOST_CIMXMLREADER_H
+#define ORV_HOST_CIMXMLREADER_H
+
+#include <Pegasus/Common/CIMName.h>
+#include <Pegasus/Common/CIMObjectPath.h>
+#include <Pegasus/Common/CIMParamValue.h>
+#include <Pegasus/Common/CIMStatusCode.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace orvhost
+{
+
+/// A request that cannot be served at the CIM level at all: the HTTP answer
+/// carries the CIMError header value and status (400 or 501).
+class CimProtocolError : public std::runtime_error
+{
+public:
+    CimProtocolError(int httpStatus, std::string cimError, const std::string& detail)
+        : std::runtime_error(detail), _httpStatus(httpStatus), _cimError(std::move(cimError))
+    {
+    }
+    int httpStatus() const
+    {
+        return _httpStatus;
+    }
+    const std::string& cimError() const
+    {
+        return _cimError;
+    }
+
+private:
+    int _httpStatus;
+    std::string _cimError;
+};
+
+/// One IPARAMVALUE of an intrinsic call, decoded by the shape of its content;
+/// the operation decides which shapes it accepts.
+struct IParam
+{
+    enum Kind
+    {
+        NULL_VALUE, ///< no content
+        VALUE,
+        VALUE_ARRAY,
+        CLASS_NAME,
+        INSTANCE_NAME,
+        OTHER
+    };
+    std::string name;
+    Kind kind = NULL_VALUE;
+    std::string text;
+    std::vector<std::string> texts;
+    Pegasus::CIMName className;
+    Pegasus::CIMObjectPath path;
+    std::string element; ///< element name, for error texts
+};
+
+struct CimRequest
+{
+    std::string messageId;
+    std::string protocolVersion;
+    bool intrinsic = true;
+    std::string methodName;
+    Pegasus::CIMNamespaceName nameSpace;
+    std::string nameSpaceText;
+    std::vector<IParam> iparams;                     ///< intrinsic calls
+    Pegasus::CIMObjectPath objectPath;               ///< extrinsic calls
+    Pegasus::Array<Pegasus::CIMParamValue> inParams; ///< extrinsic calls
+    /// A fault in the request's parameters or paths, answered as a CIM ERROR
+    /// once the method name is known (code 0 = none).
+    Pegasus::CIMStatusCode errorCode = Pegasus::CIM_ERR_SUCCESS;
+    std::string errorText;
+};
+
+/// Decodes one CIM-XML request message (DSP0201 SIMPLEREQ). Throws
+/// CimProtocolError for what HTTP must refuse; faults in parameters and
+/// object paths are left in errorCode/errorText.
+CimRequest parseCimRequest(const std::string& body);
+
+/// Call once in the main thread before requests are decoded in threads.
+void initXmlLibrary();
+
+} // namespace orvhost
+
+#endif

@@ -1,0 +1,611 @@
+#include "CimXmlWriter.h"
+
+#include <Pegasus/Common/CIMDateTime.h>
+#include <Pegasus/Common/CIMFlavor.h>
+#include <Pegasus/Common/CIMMethod.h>
+#include <Pegasus/Common/CIMParameter.h>
+#include <Pegasus/Common/CIMProperty.h>
+#include <Pegasus/Common/CIMQualifier.h>
+#include <Pegasus/Common/CIMType.h>
+#include <Pegasus/Common/Exception.h>
+
+#include <cinttypes>
+#include <cstdio>
+
+using namespace Pegasus;
+
+namespace orvhost
+{
+namespace cimxml
+{
+
+namespace
+{
+void _attr(std::string& out, const char* name, const std::string& value)
+{
+    out += ' ';
+    out += name;
+    out += "=\"";
+    out += escape(value);
+    out += '"';
+}
+
+void _attrName(std::string& out, const char* name, const CIMName& value)
+{
+    _attr(out, name, str(value.getString()));
+}
+
+void _appendUtf8(std::string& out, Uint16 c)
+{
+    if (c < 0x80)
+    {
+        out += static_cast<char>(c);
+    }
+    else if (c < 0x800)
+    {
+        out += static_cast<char>(0xC0 | (c >> 6));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    }
+    else
+    {
+        out += static_cast<char>(0xE0 | (c >> 12));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    }
+}
+
+template <class T> T _item(const CIMValue& value, Uint32 index)
+{
+    if (value.isArray())
+    {
+        Array<T> items;
+        value.get(items);
+        return items[index];
+    }
+    T item;
+    value.get(item);
+    return item;
+}
+
+const char* _keyValueType(CIMKeyBinding::Type type)
+{
+    switch (type)
+    {
+    case CIMKeyBinding::BOOLEAN:
+        return "boolean";
+    case CIMKeyBinding::NUMERIC:
+        return "numeric";
+    default:
+        return "string";
+    }
+}
+
+// Embedded objects travel as escaped CIM-XML text in a string value.
+std::string _embedded(const CIMObject& object)
+{
+    std::string text;
+    if (object.isClass())
+    {
+        appendClass(text, CIMConstClass(object));
+    }
+    else
+    {
+        appendInstance(text, CIMConstInstance(object));
+    }
+    return text;
+}
+
+void _qualifiers(std::string& out, const CIMConstQualifier& q)
+{
+    out += "<QUALIFIER";
+    _attrName(out, "NAME", q.getName());
+    _attr(out, "TYPE", cimTypeToString(q.getType()));
+    if (q.getPropagated())
+    {
+        _attr(out, "PROPAGATED", "true");
+    }
+    const CIMFlavor& flavor = q.getFlavor();
+    // Only departures from the DTD's defaults are written.
+    if (flavor.hasFlavor(CIMFlavor::DISABLEOVERRIDE))
+    {
+        _attr(out, "OVERRIDABLE", "false");
+    }
+    if (flavor.hasFlavor(CIMFlavor::RESTRICTED))
+    {
+        _attr(out, "TOSUBCLASS", "false");
+    }
+    if (flavor.hasFlavor(CIMFlavor::TOINSTANCE))
+    {
+        _attr(out, "TOINSTANCE", "true");
+    }
+    if (flavor.hasFlavor(CIMFlavor::TRANSLATABLE))
+    {
+        _attr(out, "TRANSLATABLE", "true");
+    }
+    out += '>';
+    appendValue(out, q.getValue());
+    out += "</QUALIFIER>";
+}
+
+template <class Owner> void _allQualifiers(std::string& out, const Owner& owner)
+{
+    for (Uint32 i = 0; i < owner.getQualifierCount(); ++i)
+    {
+        _qualifiers(out, owner.getQualifier(i));
+    }
+}
+
+void _property(std::string& out, const CIMConstProperty& p)
+{
+    const CIMValue& value = p.getValue();
+    CIMType type = p.getType();
+    const char* element = type == CIMTYPE_REFERENCE ? "PROPERTY.REFERENCE"
+                          : value.isArray()         ? "PROPERTY.ARRAY"
+                                                    : "PROPERTY";
+    out += '<';
+    out += element;
+    _attrName(out, "NAME", p.getName());
+    if (type == CIMTYPE_REFERENCE)
+    {
+        if (!p.getReferenceClassName().isNull())
+        {
+            _attrName(out, "REFERENCECLASS", p.getReferenceClassName());
+        }
+    }
+    else if (type == CIMTYPE_OBJECT || type == CIMTYPE_INSTANCE)
+    {
+        _attr(out, "TYPE", "string");
+    }
+    else
+    {
+        _attr(out, "TYPE", cimTypeToString(type));
+    }
+    if (value.isArray() && p.getArraySize() != 0)
+    {
+        _attr(out, "ARRAYSIZE", std::to_string(p.getArraySize()));
+    }
+    if (!p.getClassOrigin().isNull())
+    {
+        _attrName(out, "CLASSORIGIN", p.getClassOrigin());
+    }
+    if (p.getPropagated())
+    {
+        _attr(out, "PROPAGATED", "true");
+    }
+    if (type == CIMTYPE_OBJECT || type == CIMTYPE_INSTANCE)
+    {
+        _attr(out, "EmbeddedObject", type == CIMTYPE_OBJECT ? "object" : "instance");
+    }
+    out += '>';
+    _allQualifiers(out, p);
+    appendValue(out, value);
+    out += "</";
+    out += element;
+    out += '>';
+}
+
+void _parameter(std::string& out, const CIMConstParameter& p)
+{
+    bool ref = p.getType() == CIMTYPE_REFERENCE;
+    const char* element = ref ? (p.isArray() ? "PARAMETER.REFARRAY" : "PARAMETER.REFERENCE")
+                              : (p.isArray() ? "PARAMETER.ARRAY" : "PARAMETER");
+    out += '<';
+    out += element;
+    _attrName(out, "NAME", p.getName());
+    if (ref)
+    {
+        if (!p.getReferenceClassName().isNull())
+        {
+            _attrName(out, "REFERENCECLASS", p.getReferenceClassName());
+        }
+    }
+    else
+    {
+        _attr(out, "TYPE", cimTypeToString(p.getType()));
+    }
+    if (p.isArray() && p.getArraySize() != 0)
+    {
+        _attr(out, "ARRAYSIZE", std::to_string(p.getArraySize()));
+    }
+    out += '>';
+    _allQualifiers(out, p);
+    out += "</";
+    out += element;
+    out += '>';
+}
+
+void _method(std::string& out, const CIMConstMethod& m)
+{
+    out += "<METHOD";
+    _attrName(out, "NAME", m.getName());
+    _attr(out, "TYPE", cimTypeToString(m.getType()));
+    if (!m.getClassOrigin().isNull())
+    {
+        _attrName(out, "CLASSORIGIN", m.getClassOrigin());
+    }
+    if (m.getPropagated())
+    {
+        _attr(out, "PROPAGATED", "true");
+    }
+    out += '>';
+    _allQualifiers(out, m);
+    for (Uint32 i = 0; i < m.getParameterCount(); ++i)
+    {
+        _parameter(out, m.getParameter(i));
+    }
+    out += "</METHOD>";
+}
+
+std::string _paramType(const CIMValue& value)
+{
+    CIMType type = value.getType();
+    if (type == CIMTYPE_OBJECT || type == CIMTYPE_INSTANCE)
+    {
+        return "string";
+    }
+    return cimTypeToString(type);
+}
+} // namespace
+
+std::string str(const String& text)
+{
+    return std::string(static_cast<const char*>(text.getCString()));
+}
+
+std::string escape(const std::string& text)
+{
+    std::string out;
+    out.reserve(text.size());
+    for (unsigned char c : text)
+    {
+        switch (c)
+        {
+        case '&':
+            out += "&amp;";
+            break;
+        case '<':
+            out += "&lt;";
+            break;
+        case '>':
+            out += "&gt;";
+            break;
+        case '"':
+            out += "&quot;";
+            break;
+        case '\r':
+            out += "&#13;";
+            break;
+        case '\n':
+            out += "&#10;";
+            break;
+        case '\t':
+            out += "&#9;";
+            break;
+        default:
+            // XML 1.0 cannot carry other control characters at all.
+            if (c < 0x20 || c == 0x7f)
+            {
+                out += "&#xFFFD;";
+            }
+            else
+            {
+                out += static_cast<char>(c);
+            }
+        }
+    }
+    return out;
+}
+
+void appendScalarText(std::string& out, const CIMValue& value, Uint32 index)
+{
+    char buf[64];
+    switch (value.getType())
+    {
+    case CIMTYPE_BOOLEAN:
+        out += _item<Boolean>(value, index) ? "TRUE" : "FALSE";
+        return;
+    case CIMTYPE_UINT8:
+        out += std::to_string(_item<Uint8>(value, index));
+        return;
+    case CIMTYPE_SINT8:
+        out += std::to_string(_item<Sint8>(value, index));
+        return;
+    case CIMTYPE_UINT16:
+        out += std::to_string(_item<Uint16>(value, index));
+        return;
+    case CIMTYPE_SINT16:
+        out += std::to_string(_item<Sint16>(value, index));
+        return;
+    case CIMTYPE_UINT32:
+        out += std::to_string(_item<Uint32>(value, index));
+        return;
+    case CIMTYPE_SINT32:
+        out += std::to_string(_item<Sint32>(value, index));
+        return;
+    case CIMTYPE_UINT64:
+        snprintf(buf, sizeof(buf), "%" PRIu64, static_cast<uint64_t>(_item<Uint64>(value, index)));
+        out += buf;
+        return;
+    case CIMTYPE_SINT64:
+        snprintf(buf, sizeof(buf), "%" PRId64, static_cast<int64_t>(_item<Sint64>(value, index)));
+        out += buf;
+        return;
+    case CIMTYPE_REAL32:
+        snprintf(buf, sizeof(buf), "%.9g", static_cast<double>(_item<Real32>(value, index)));
+        out += buf;
+        return;
+    case CIMTYPE_REAL64:
+        snprintf(buf, sizeof(buf), "%.17g", _item<Real64>(value, index));
+        out += buf;
+        return;
+    case CIMTYPE_CHAR16:
+    {
+        std::string c;
+        _appendUtf8(c, _item<Char16>(value, index));
+        out += escape(c);
+        return;
+    }
+    case CIMTYPE_STRING:
+        out += escape(str(_item<String>(value, index)));
+        return;
+    case CIMTYPE_DATETIME:
+        out += escape(str(_item<CIMDateTime>(value, index).toString()));
+        return;
+    case CIMTYPE_OBJECT:
+        out += escape(_embedded(_item<CIMObject>(value, index)));
+        return;
+    case CIMTYPE_INSTANCE:
+        out += escape(_embedded(CIMObject(_item<CIMInstance>(value, index))));
+        return;
+    case CIMTYPE_REFERENCE:
+        out += escape(str(_item<CIMObjectPath>(value, index).toString()));
+        return;
+    }
+}
+
+void appendValue(std::string& out, const CIMValue& value)
+{
+    if (value.isNull())
+    {
+        return;
+    }
+    if (value.getType() == CIMTYPE_REFERENCE)
+    {
+        if (!value.isArray())
+        {
+            CIMObjectPath path;
+            value.get(path);
+            appendValueReference(out, path);
+            return;
+        }
+        Array<CIMObjectPath> paths;
+        value.get(paths);
+        out += "<VALUE.REFARRAY>";
+        for (Uint32 i = 0; i < paths.size(); ++i)
+        {
+            appendValueReference(out, paths[i]);
+        }
+        out += "</VALUE.REFARRAY>";
+        return;
+    }
+    if (!value.isArray())
+    {
+        out += "<VALUE>";
+        appendScalarText(out, value, 0);
+        out += "</VALUE>";
+        return;
+    }
+    out += "<VALUE.ARRAY>";
+    for (Uint32 i = 0; i < value.getArraySize(); ++i)
+    {
+        out += "<VALUE>";
+        appendScalarText(out, value, i);
+        out += "</VALUE>";
+    }
+    out += "</VALUE.ARRAY>";
+}
+
+void appendClassName(std::string& out, const CIMName& name)
+{
+    out += "<CLASSNAME";
+    _attrName(out, "NAME", name);
+    out += "/>";
+}
+
+void appendInstanceName(std::string& out, const CIMObjectPath& path)
+{
+    out += "<INSTANCENAME";
+    _attrName(out, "CLASSNAME", path.getClassName());
+    out += '>';
+    Array<CIMKeyBinding> keys = path.getKeyBindings();
+    for (Uint32 i = 0; i < keys.size(); ++i)
+    {
+        out += "<KEYBINDING";
+        _attrName(out, "NAME", keys[i].getName());
+        out += '>';
+        if (keys[i].getType() == CIMKeyBinding::REFERENCE)
+        {
+            CIMObjectPath ref;
+            try
+            {
+                ref = CIMObjectPath(keys[i].getValue());
+            }
+            catch (const Exception&)
+            {
+                // Unparsable reference text: still answer, as a plain string.
+                out += "<KEYVALUE VALUETYPE=\"string\">" + escape(str(keys[i].getValue())) +
+                       "</KEYVALUE></KEYBINDING>";
+                continue;
+            }
+            appendValueReference(out, ref);
+        }
+        else
+        {
+            out += "<KEYVALUE";
+            _attr(out, "VALUETYPE", _keyValueType(keys[i].getType()));
+            out += '>';
+            out += escape(str(keys[i].getValue()));
+            out += "</KEYVALUE>";
+        }
+        out += "</KEYBINDING>";
+    }
+    out += "</INSTANCENAME>";
+}
+
+void appendLocalNamespacePath(std::string& out, const CIMNamespaceName& ns)
+{
+    out += "<LOCALNAMESPACEPATH>";
+    std::string text = str(ns.getString());
+    size_t start = 0;
+    while (start <= text.size())
+    {
+        size_t slash = text.find('/', start);
+        std::string part = text.substr(start, slash == std::string::npos ? std::string::npos
+                                                                          : slash - start);
+        if (!part.empty())
+        {
+            out += "<NAMESPACE";
+            _attr(out, "NAME", part);
+            out += "/>";
+        }
+        if (slash == std::string::npos)
+        {
+            break;
+        }
+        start = slash + 1;
+    }
+    out += "</LOCALNAMESPACEPATH>";
+}
+
+namespace
+{
+void _namespacePath(std::string& out, const CIMObjectPath& path, const String& defaultHost,
+                    const CIMNamespaceName& defaultNs)
+{
+    out += "<NAMESPACEPATH><HOST>";
+    out += escape(str(path.getHost().size() != 0 ? path.getHost() : defaultHost));
+    out += "</HOST>";
+    appendLocalNamespacePath(out, path.getNameSpace().isNull() ? defaultNs : path.getNameSpace());
+    out += "</NAMESPACEPATH>";
+}
+} // namespace
+
+void appendInstancePath(std::string& out, const CIMObjectPath& path, const String& defaultHost,
+                        const CIMNamespaceName& defaultNs)
+{
+    out += "<INSTANCEPATH>";
+    _namespacePath(out, path, defaultHost, defaultNs);
+    appendInstanceName(out, path);
+    out += "</INSTANCEPATH>";
+}
+
+void appendClassPath(std::string& out, const CIMObjectPath& path, const String& defaultHost,
+                     const CIMNamespaceName& defaultNs)
+{
+    out += "<CLASSPATH>";
+    _namespacePath(out, path, defaultHost, defaultNs);
+    appendClassName(out, path.getClassName());
+    out += "</CLASSPATH>";
+}
+
+void appendValueReference(std::string& out, const CIMObjectPath& path)
+{
+    out += "<VALUE.REFERENCE>";
+    bool hasNs = !path.getNameSpace().isNull();
+    if (hasNs && path.getHost().size() != 0)
+    {
+        appendInstancePath(out, path, path.getHost(), path.getNameSpace());
+    }
+    else if (hasNs)
+    {
+        out += "<LOCALINSTANCEPATH>";
+        appendLocalNamespacePath(out, path.getNameSpace());
+        appendInstanceName(out, path);
+        out += "</LOCALINSTANCEPATH>";
+    }
+    else
+    {
+        appendInstanceName(out, path);
+    }
+    out += "</VALUE.REFERENCE>";
+}
+
+void appendInstance(std::string& out, const CIMConstInstance& instance)
+{
+    out += "<INSTANCE";
+    _attrName(out, "CLASSNAME", instance.getClassName());
+    out += '>';
+    _allQualifiers(out, instance);
+    for (Uint32 i = 0; i < instance.getPropertyCount(); ++i)
+    {
+        _property(out, instance.getProperty(i));
+    }
+    out += "</INSTANCE>";
+}
+
+void appendClass(std::string& out, const CIMConstClass& cimClass)
+{
+    out += "<CLASS";
+    _attrName(out, "NAME", cimClass.getClassName());
+    if (!cimClass.getSuperClassName().isNull())
+    {
+        _attrName(out, "SUPERCLASS", cimClass.getSuperClassName());
+    }
+    out += '>';
+    _allQualifiers(out, cimClass);
+    for (Uint32 i = 0; i < cimClass.getPropertyCount(); ++i)
+    {
+        _property(out, cimClass.getProperty(i));
+    }
+    for (Uint32 i = 0; i < cimClass.getMethodCount(); ++i)
+    {
+        _method(out, cimClass.getMethod(i));
+    }
+    out += "</CLASS>";
+}
+
+void appendReturnValue(std::string& out, const CIMValue& value)
+{
+    out += "<RETURNVALUE";
+    _attr(out, "PARAMTYPE", _paramType(value));
+    out += '>';
+    appendValue(out, value);
+    out += "</RETURNVALUE>";
+}
+
+void appendParamValue(std::string& out, const CIMParamValue& param)
+{
+    out += "<PARAMVALUE";
+    _attr(out, "NAME", str(param.getParameterName()));
+    const CIMValue& value = param.getValue();
+    _attr(out, "PARAMTYPE", _paramType(value));
+    out += '>';
+    appendValue(out, value);
+    out += "</PARAMVALUE>";
+}
+
+void appendError(std::string& out, Uint32 code, const std::string& description)
+{
+    out += "<ERROR";
+    _attr(out, "CODE", std::to_string(code));
+    _attr(out, "DESCRIPTION", description);
+    out += "/>";
+}
+
+std::string messageStart(const std::string& messageId)
+{
+    std::string out = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+                      "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE";
+    _attr(out, "ID", messageId);
+    _attr(out, "PROTOCOLVERSION", "1.0");
+    out += "><SIMPLERSP>";
+    return out;
+}
+
+std::string messageEnd()
+{
+    return "</SIMPLERSP></MESSAGE></CIM>\n";
+}
+
+} // namespace cimxml
+} // namespace orvhost

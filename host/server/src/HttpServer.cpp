@@ -1,0 +1,417 @@
+#include "HttpServer.h"
+
+#include <arpa/inet.h>
+#include <microhttpd.h>
+#include <netinet/in.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+
+namespace orvhost
+{
+
+namespace
+{
+const char tlsPriorities[] = "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.2";
+const unsigned pollingThreads = 2;
+
+std::string _peerAddress(MHD_Connection* conn)
+{
+    const MHD_ConnectionInfo* info =
+        MHD_get_connection_info(conn, MHD_CONNECTION_INFO_CLIENT_ADDRESS);
+    if (info == nullptr || info->client_addr == nullptr)
+    {
+        return "";
+    }
+    char text[INET6_ADDRSTRLEN] = "";
+    const sockaddr* addr = info->client_addr;
+    if (addr->sa_family == AF_INET)
+    {
+        inet_ntop(AF_INET, &reinterpret_cast<const sockaddr_in*>(addr)->sin_addr, text,
+                  sizeof(text));
+    }
+    else if (addr->sa_family == AF_INET6)
+    {
+        inet_ntop(AF_INET6, &reinterpret_cast<const sockaddr_in6*>(addr)->sin6_addr, text,
+                  sizeof(text));
+    }
+    return text;
+}
+
+MHD_Result _collectHeader(void* cls, MHD_ValueKind, const char* key, const char* value)
+{
+    auto* headers = static_cast<HeaderMap*>(cls);
+    if (key != nullptr)
+    {
+        headers->emplace(key, value == nullptr ? "" : value);
+    }
+    return MHD_YES;
+}
+
+void _mhdLog(void*, const char* fmt, va_list ap)
+{
+    // libmicrohttpd reports client misbehaviour (bad TLS handshakes, broken
+    // requests) here; these are not server faults, keep them on stderr only.
+    fputs("orv-cimserver: http: ", stderr);
+    vfprintf(stderr, fmt, ap);
+}
+
+double _millisSince(std::chrono::steady_clock::time_point start)
+{
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+        .count();
+}
+} // namespace
+
+struct HttpServer::RequestState
+{
+    HttpServer* server = nullptr;
+    MHD_Connection* connection = nullptr;
+    HttpRequest request;
+    std::string password;
+    std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+    bool bodyTooLarge = false;
+    bool submitted = false;
+    bool responseReady = false;
+    HttpResponse response;
+};
+
+struct HttpServerCallbacks
+{
+    static MHD_Result queue(HttpServer::RequestState* state, const HttpResponse& response)
+    {
+        MHD_Response* r = MHD_create_response_from_buffer(
+            response.body.size(), const_cast<char*>(response.body.data()),
+            MHD_RESPMEM_MUST_COPY);
+        if (r == nullptr)
+        {
+            return MHD_NO;
+        }
+        for (const auto& header : response.headers)
+        {
+            MHD_add_response_header(r, header.first.c_str(), header.second.c_str());
+        }
+        MHD_Result rc = MHD_queue_response(state->connection, response.status, r);
+        MHD_destroy_response(r);
+        HttpServer* server = state->server;
+        server->_log.record(state->request.user.empty() ? "-" : state->request.user,
+                            state->request.peer, response.summary.operation,
+                            response.summary.className, response.status,
+                            response.summary.cimStatus, _millisSince(state->start));
+        return rc;
+    }
+
+    static HttpResponse plain(int status, const std::string& text)
+    {
+        HttpResponse response;
+        response.status = status;
+        response.body = text + "\n";
+        response.headers.emplace_back("Content-Type", "text/plain; charset=utf-8");
+        return response;
+    }
+
+    static MHD_Result onRequest(void* cls, MHD_Connection* conn, const char* url,
+                                const char* method, const char*, const char* uploadData,
+                                size_t* uploadSize, void** conCls)
+    {
+        auto* server = static_cast<HttpServer*>(cls);
+        auto* state = static_cast<HttpServer::RequestState*>(*conCls);
+        if (state == nullptr)
+        {
+            state = new HttpServer::RequestState;
+            state->server = server;
+            state->connection = conn;
+            state->request.method = method;
+            state->request.url = url;
+            state->request.peer = _peerAddress(conn);
+            const MHD_ConnectionInfo* info = MHD_get_connection_info(conn, MHD_CONNECTION_INFO_DAEMON);
+            state->request.secure = info != nullptr && info->daemon == server->_https;
+            MHD_get_connection_values(conn, MHD_HEADER_KIND, _collectHeader,
+                                      &state->request.headers);
+            *conCls = state;
+            ++server->_inFlight;
+            return _screen(server, state);
+        }
+        if (state->responseReady)
+        {
+            return queue(state, state->response);
+        }
+        if (*uploadSize != 0)
+        {
+            if (state->request.body.size() + *uploadSize > server->_config.maxBodyBytes)
+            {
+                // A chunked body without a length ran past the limit: the
+                // only safe answer mid-upload is to drop the connection.
+                state->bodyTooLarge = true;
+                server->_log.record("-", state->request.peer, "-", "-", 413, "body-too-large",
+                                    _millisSince(state->start));
+                return MHD_NO;
+            }
+            state->request.body.append(uploadData, *uploadSize);
+            *uploadSize = 0;
+            return MHD_YES;
+        }
+        if (!state->submitted)
+        {
+            state->submitted = true;
+            MHD_suspend_connection(conn);
+            server->_enqueue(state);
+            return MHD_YES;
+        }
+        return MHD_YES;
+    }
+
+    // Checks that need no body and no slow work, done before reading on.
+    static MHD_Result _screen(HttpServer* server, HttpServer::RequestState* state)
+    {
+        HttpRequest& request = state->request;
+        if (request.method != "POST" && request.method != "M-POST")
+        {
+            HttpResponse response = plain(405, "only POST and M-POST are served");
+            response.headers.emplace_back("Allow", "POST, M-POST");
+            return queue(state, response);
+        }
+        auto length = request.headers.find("Content-Length");
+        if (length != request.headers.end())
+        {
+            char* end = nullptr;
+            unsigned long long n = strtoull(length->second.c_str(), &end, 10);
+            if (end == length->second.c_str() || n > server->_config.maxBodyBytes)
+            {
+                return queue(state, plain(413, "request body too large"));
+            }
+        }
+        char* password = nullptr;
+        char* user = MHD_basic_auth_get_username_password(state->connection, &password);
+        if (user == nullptr)
+        {
+            if (password != nullptr)
+            {
+                MHD_free(password);
+            }
+            HttpResponse response = plain(401, "authentication required");
+            response.headers.emplace_back("WWW-Authenticate",
+                                          "Basic realm=\"" + server->_config.realm + "\"");
+            response.summary.cimStatus = "no-credentials";
+            return queue(state, response);
+        }
+        state->request.user = user;
+        MHD_free(user);
+        if (password != nullptr)
+        {
+            state->password = password;
+            memset(password, 0, strlen(password));
+            MHD_free(password);
+        }
+        return MHD_YES;
+    }
+
+    static void onCompleted(void* cls, MHD_Connection*, void** conCls, MHD_RequestTerminationCode)
+    {
+        auto* server = static_cast<HttpServer*>(cls);
+        auto* state = static_cast<HttpServer::RequestState*>(*conCls);
+        if (state != nullptr)
+        {
+            delete state;
+            *conCls = nullptr;
+            if (--server->_inFlight == 0)
+            {
+                std::lock_guard<std::mutex> lock(server->_queueMutex);
+                server->_idleCv.notify_all();
+            }
+        }
+    }
+};
+
+HttpServer::HttpServer(HttpServerConfig config, RequestHandler& handler, UserStore& users,
+                       AccessLog& log)
+    : _config(std::move(config)), _handler(handler), _users(users), _log(log)
+{
+}
+
+HttpServer::~HttpServer()
+{
+    stop(0);
+}
+
+MHD_Daemon* HttpServer::_startDaemon(unsigned short port, bool secure)
+{
+    sockaddr_storage addr;
+    memset(&addr, 0, sizeof(addr));
+    unsigned flags = MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_AUTO | MHD_ALLOW_SUSPEND_RESUME |
+                     MHD_USE_ITC | MHD_USE_ERROR_LOG;
+    auto* v4 = reinterpret_cast<sockaddr_in*>(&addr);
+    auto* v6 = reinterpret_cast<sockaddr_in6*>(&addr);
+    if (inet_pton(AF_INET, _config.bindAddress.c_str(), &v4->sin_addr) == 1)
+    {
+        v4->sin_family = AF_INET;
+        v4->sin_port = htons(port);
+    }
+    else if (inet_pton(AF_INET6, _config.bindAddress.c_str(), &v6->sin6_addr) == 1)
+    {
+        v6->sin6_family = AF_INET6;
+        v6->sin6_port = htons(port);
+        flags |= MHD_USE_IPv6;
+    }
+    else
+    {
+        throw HttpServerError("--bind needs a numeric IPv4 or IPv6 address, not \"" +
+                              _config.bindAddress + "\"");
+    }
+    if (secure)
+    {
+        flags |= MHD_USE_TLS;
+    }
+    MHD_Daemon* daemon = MHD_start_daemon(
+        flags, port, nullptr, nullptr, &HttpServerCallbacks::onRequest, this,
+        MHD_OPTION_SOCK_ADDR, reinterpret_cast<sockaddr*>(&addr), MHD_OPTION_THREAD_POOL_SIZE,
+        pollingThreads, MHD_OPTION_NOTIFY_COMPLETED, &HttpServerCallbacks::onCompleted, this,
+        MHD_OPTION_CONNECTION_MEMORY_LIMIT, _config.maxHeaderBytes, MHD_OPTION_CONNECTION_LIMIT,
+        _config.maxConnections, MHD_OPTION_PER_IP_CONNECTION_LIMIT,
+        _config.maxConnectionsPerPeer, MHD_OPTION_CONNECTION_TIMEOUT,
+        _config.idleTimeoutSeconds, MHD_OPTION_LISTENING_ADDRESS_REUSE, 1u,
+        MHD_OPTION_EXTERNAL_LOGGER, &_mhdLog, nullptr,
+        secure ? MHD_OPTION_HTTPS_MEM_CERT : MHD_OPTION_END, _config.tls.certPem.c_str(),
+        MHD_OPTION_HTTPS_MEM_KEY, _config.tls.keyPem.c_str(), MHD_OPTION_HTTPS_PRIORITIES,
+        tlsPriorities, MHD_OPTION_END);
+    if (daemon == nullptr)
+    {
+        throw HttpServerError(std::string("cannot listen on ") + _config.bindAddress + " port " +
+                              std::to_string(port) + (secure ? " (HTTPS)" : " (HTTP)") +
+                              ": " + strerror(errno));
+    }
+    return daemon;
+}
+
+void HttpServer::start()
+{
+    {
+        std::lock_guard<std::mutex> lock(_queueMutex);
+        _stopping = false;
+    }
+    for (unsigned i = 0; i < _config.workerThreads; ++i)
+    {
+        _workers.emplace_back(&HttpServer::_workerLoop, this);
+    }
+    try
+    {
+        if (_config.httpPort != 0)
+        {
+            _http = _startDaemon(_config.httpPort, false);
+        }
+        if (_config.httpsPort != 0)
+        {
+            _https = _startDaemon(_config.httpsPort, true);
+        }
+    }
+    catch (const HttpServerError&)
+    {
+        stop(0);
+        throw;
+    }
+}
+
+void HttpServer::stop(unsigned graceSeconds)
+{
+    for (MHD_Daemon* daemon : {_http, _https})
+    {
+        if (daemon != nullptr)
+        {
+            MHD_socket fd = MHD_quiesce_daemon(daemon);
+            if (fd != MHD_INVALID_SOCKET)
+            {
+                close(fd);
+            }
+        }
+    }
+    {
+        // Requests already parked or running finish; idle keep-alive
+        // connections are simply closed by the daemon stop below.
+        std::unique_lock<std::mutex> lock(_queueMutex);
+        _idleCv.wait_for(lock, std::chrono::seconds(graceSeconds), [this] {
+            return _queue.empty() && _processing == 0;
+        });
+    }
+    for (MHD_Daemon** daemon : {&_http, &_https})
+    {
+        if (*daemon != nullptr)
+        {
+            MHD_stop_daemon(*daemon);
+            *daemon = nullptr;
+        }
+    }
+    {
+        std::lock_guard<std::mutex> lock(_queueMutex);
+        _stopping = true;
+    }
+    _queueCv.notify_all();
+    for (std::thread& worker : _workers)
+    {
+        worker.join();
+    }
+    _workers.clear();
+}
+
+void HttpServer::_enqueue(RequestState* state)
+{
+    std::lock_guard<std::mutex> lock(_queueMutex);
+    _queue.push_back(state);
+    _queueCv.notify_one();
+}
+
+void HttpServer::_workerLoop()
+{
+    for (;;)
+    {
+        RequestState* state = nullptr;
+        {
+            std::unique_lock<std::mutex> lock(_queueMutex);
+            _queueCv.wait(lock, [this] { return _stopping || !_queue.empty(); });
+            if (_queue.empty())
+            {
+                return;
+            }
+            state = _queue.front();
+            _queue.pop_front();
+            ++_processing;
+        }
+        _process(state);
+        MHD_resume_connection(state->connection);
+        std::lock_guard<std::mutex> lock(_queueMutex);
+        --_processing;
+        _idleCv.notify_all();
+    }
+}
+
+void HttpServer::_process(RequestState* state)
+{
+    HttpRequest& request = state->request;
+    if (!_users.authenticate(request.user, state->password))
+    {
+        state->password.assign(state->password.size(), '\0');
+        HttpResponse response = HttpServerCallbacks::plain(401, "authentication failed");
+        response.headers.emplace_back("WWW-Authenticate", "Basic realm=\"" + _config.realm + "\"");
+        response.summary.cimStatus = "bad-credentials";
+        state->response = std::move(response);
+        state->responseReady = true;
+        return;
+    }
+    state->password.assign(state->password.size(), '\0');
+    try
+    {
+        state->response = _handler.handle(request);
+    }
+    catch (const std::exception& e)
+    {
+        state->response = HttpServerCallbacks::plain(500, std::string("internal error: ") + e.what());
+    }
+    catch (...)
+    {
+        state->response = HttpServerCallbacks::plain(500, "internal error");
+    }
+    state->responseReady = true;
+}
+
+} // namespace orvhost

@@ -1,0 +1,828 @@
+#include <cimom/ObjectManager.h>
+#include <cimom/ParamTyping.h>
+
+#include "ProviderRegistry.h"
+#include "RegistrationMof.h"
+#include "ResponseCollectors.h"
+#include "ResultFilter.h"
+#include "Text.h"
+
+#include <cimrepo/ClassRepository.h>
+#include <cimrepo/MofCompiler.h>
+
+#include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/CIMAssociationProvider.h>
+#include <Pegasus/Provider/CIMInstanceProvider.h>
+#include <Pegasus/Provider/CIMMethodProvider.h>
+
+#include <exception>
+#include <fstream>
+#include <map>
+#include <mutex>
+#include <sstream>
+#include <unistd.h>
+
+PEGASUS_USING_PEGASUS;
+
+namespace cimom
+{
+
+namespace
+{
+
+const CIMNamespaceName INTEROP_NAMESPACE("root/PG_InterOp");
+
+String localHostName()
+{
+    char buffer[256] = {0};
+    if (::gethostname(buffer, sizeof(buffer) - 1) != 0 || buffer[0] == '\0')
+    {
+        return String("localhost");
+    }
+    return String(buffer);
+}
+
+// OpenPegasus hands every provider request an identity; an empty user name
+// stands for the server itself.
+OperationContext withIdentity(const OperationContext& context)
+{
+    if (context.contains(IdentityContainer::NAME))
+    {
+        return context;
+    }
+    OperationContext result(context);
+    result.insert(IdentityContainer(String()));
+    return result;
+}
+
+// Runs one operation and turns whatever escapes into a CIMException: a
+// provider's own CIMException passes unchanged, anything else is a failure.
+template <class Operation> auto translated(Operation&& operation) -> decltype(operation())
+{
+    try
+    {
+        return operation();
+    }
+    catch (const CIMException&)
+    {
+        throw;
+    }
+    catch (const Exception& e)
+    {
+        throw CIMException(CIM_ERR_FAILED, e.getMessage());
+    }
+    catch (const std::exception& e)
+    {
+        throw CIMException(CIM_ERR_FAILED, String(e.what()));
+    }
+    catch (...)
+    {
+        throw CIMException(CIM_ERR_FAILED, String("unknown exception in a provider"));
+    }
+}
+
+// Holds a provider for the length of one call.
+class ProviderCall
+{
+public:
+    ProviderCall(const Registration& reg, CIMOMHandle& handle, ErrorLog& errors)
+        : _entry(reg.provider), _provider(reg.provider->acquire(handle, errors))
+    {
+    }
+    ~ProviderCall()
+    {
+        _entry->release();
+    }
+    ProviderCall(const ProviderCall&) = delete;
+    ProviderCall& operator=(const ProviderCall&) = delete;
+
+    template <class Interface> Interface& as(const char* kind)
+    {
+        Interface* p = dynamic_cast<Interface*>(_provider);
+        if (!p)
+        {
+            throw CIMException(CIM_ERR_FAILED,
+                               String((_entry->label() + " is registered as " + kind +
+                                       " provider but does not implement it")
+                                          .c_str()));
+        }
+        return *p;
+    }
+
+    const std::string& name() const
+    {
+        return _entry->name();
+    }
+
+private:
+    ProviderEntry* _entry;
+    CIMProvider* _provider;
+};
+
+} // namespace
+
+struct ObjectManager::Impl
+{
+    explicit Impl(ObjectManager& om) : registry(errors), hostName(localHostName())
+    {
+        handle = Sdk::makeCIMOMHandle(&om);
+    }
+
+    cimrepo::ClassRepository repo;
+    ErrorLog errors;
+    ProviderRegistry registry;
+    String hostName;
+    CIMOMHandle handle;
+    std::mutex shutdownMutex;
+    bool shutDown = false;
+
+    void checkNamespace(const CIMNamespaceName& ns) const
+    {
+        if (ns.isNull() || !repo.namespaceExists(ns))
+        {
+            throw CIMException(CIM_ERR_INVALID_NAMESPACE,
+                               "namespace \"" + ns.getString() + "\" does not exist");
+        }
+    }
+
+    void checkClass(const CIMNamespaceName& ns, const CIMName& className) const
+    {
+        checkNamespace(ns);
+        if (className.isNull() || !repo.classExists(ns, className))
+        {
+            throw CIMException(CIM_ERR_INVALID_CLASS, "class \"" + className.getString() +
+                                                          "\" does not exist in namespace " +
+                                                          ns.getString());
+        }
+    }
+
+    NameSet propertyNames(const CIMNamespaceName& ns, const CIMName& className) const
+    {
+        NameSet names;
+        if (className.isNull() || !repo.classExists(ns, className))
+        {
+            return names;
+        }
+        CIMClass cls = repo.getClass(ns, className, false, false, false, CIMPropertyList());
+        for (Uint32 i = 0; i < cls.getPropertyCount(); i++)
+        {
+            names.insert(lower(cls.getProperty(i).getName().getString()));
+        }
+        return names;
+    }
+
+    // The path a provider sees: this server's host, the request's namespace.
+    CIMObjectPath requestPath(const CIMNamespaceName& ns, const CIMObjectPath& given) const
+    {
+        return CIMObjectPath(hostName, ns, given.getClassName(), given.getKeyBindings());
+    }
+
+    void completeInstancePath(CIMInstance& instance, const CIMNamespaceName& ns) const
+    {
+        CIMObjectPath path = instance.getPath();
+        if (path.getClassName().isNull() && repo.classExists(ns, instance.getClassName()))
+        {
+            CIMClass cls = repo.getClass(ns, instance.getClassName(), false, true, false,
+                                         CIMPropertyList());
+            try
+            {
+                path = instance.buildPath(cls);
+            }
+            catch (const Exception&)
+            {
+                // Keys missing from the instance: leave the path empty.
+            }
+        }
+        if (!path.getClassName().isNull())
+        {
+            completePath(path, hostName, ns);
+            instance.setPath(path);
+        }
+    }
+
+    // Association classes registered in ns whose providers can answer for
+    // an object of objectClass: the class matches the filter and one of its
+    // references (the one named role, when given) can point at the object.
+    std::vector<Registration> associationsFor(const CIMNamespaceName& ns,
+                                              const CIMName& objectClass,
+                                              const CIMName& assocFilter,
+                                              const String& role) const
+    {
+        std::vector<Registration> result;
+        for (const Registration& reg : registry.associationProviders(ns))
+        {
+            if (!repo.classExists(ns, reg.className))
+            {
+                continue;
+            }
+            if (!assocFilter.isNull() && !repo.isSubClassOf(ns, reg.className, assocFilter))
+            {
+                continue;
+            }
+            CIMClass cls = repo.getClass(ns, reg.className, false, false, false, CIMPropertyList());
+            bool referencesObject = false;
+            for (Uint32 i = 0; i < cls.getPropertyCount() && !referencesObject; i++)
+            {
+                CIMConstProperty property = cls.getProperty(i);
+                if (property.getType() != CIMTYPE_REFERENCE)
+                {
+                    continue;
+                }
+                if (role.size() != 0 && !String::equalNoCase(role, property.getName().getString()))
+                {
+                    continue;
+                }
+                referencesObject =
+                    repo.isSubClassOf(ns, objectClass, property.getReferenceClassName());
+            }
+            if (referencesObject)
+            {
+                result.push_back(reg);
+            }
+        }
+        return result;
+    }
+
+    bool classMatches(const CIMNamespaceName& ns, const CIMName& actual,
+                      const CIMName& filter) const
+    {
+        return filter.isNull() || repo.isSubClassOf(ns, actual, filter);
+    }
+
+    Array<CIMObject> finishObjects(const Array<CIMObject>& objects, const CIMNamespaceName& ns,
+                                   const CIMName& resultClass, const InstanceFilter& filter) const
+    {
+        Array<CIMObject> result;
+        for (Uint32 i = 0; i < objects.size(); i++)
+        {
+            const CIMObject& object = objects[i];
+            if (!classMatches(ns, object.getClassName(), resultClass))
+            {
+                continue;
+            }
+            if (!object.isInstance())
+            {
+                result.append(object);
+                continue;
+            }
+            CIMInstance instance = filterInstance(CIMInstance(object), filter);
+            completeInstancePath(instance, ns);
+            result.append(CIMObject(instance));
+        }
+        return result;
+    }
+
+    Array<CIMObjectPath> finishPaths(const Array<CIMObjectPath>& paths,
+                                     const CIMNamespaceName& ns, const CIMName& resultClass) const
+    {
+        Array<CIMObjectPath> result;
+        for (Uint32 i = 0; i < paths.size(); i++)
+        {
+            CIMObjectPath path = paths[i];
+            if (!classMatches(ns, path.getClassName(), resultClass))
+            {
+                continue;
+            }
+            completePath(path, hostName, ns);
+            result.append(path);
+        }
+        return result;
+    }
+};
+
+ObjectManager::ObjectManager() : _impl(new Impl(*this))
+{
+    cimrepo::MofCompiler compiler(_impl->repo);
+    compiler.compileString(REGISTRATION_CLASSES_MOF, "PG_ProviderRegistration.mof",
+                           INTEROP_NAMESPACE);
+}
+
+ObjectManager::~ObjectManager()
+{
+    shutdown();
+    if (Sdk::getLocalDispatcher() == this)
+    {
+        Sdk::setLocalDispatcher(nullptr);
+    }
+}
+
+void ObjectManager::loadMofFile(const std::string& path, const CIMNamespaceName& ns)
+{
+    cimrepo::MofCompiler compiler(_impl->repo);
+    compiler.compileFile(path, ns);
+}
+
+void ObjectManager::loadRegistrationFile(const std::string& path)
+{
+    cimrepo::MofCompiler compiler(_impl->repo);
+    compiler.compileFile(path, INTEROP_NAMESPACE);
+    std::vector<CIMInstance> instances;
+    for (const cimrepo::MofInstance& declared : compiler.instances())
+    {
+        instances.push_back(declared.instance);
+    }
+    _impl->registry.registerInstances(instances, path);
+}
+
+void ObjectManager::loadManifest(const std::string& manifestPath, const std::string& baseDir)
+{
+    std::ifstream in(manifestPath);
+    if (!in)
+    {
+        throw CIMException(CIM_ERR_FAILED,
+                           String(("cannot read load manifest " + manifestPath).c_str()));
+    }
+    std::string line;
+    int lineNumber = 0;
+    while (std::getline(in, line))
+    {
+        ++lineNumber;
+        std::string::size_type hash = line.find('#');
+        if (hash != std::string::npos)
+        {
+            line.erase(hash);
+        }
+        std::istringstream fields(line);
+        std::string target, file, extra;
+        if (!(fields >> target))
+        {
+            continue;
+        }
+        const std::string where = manifestPath + ":" + std::to_string(lineNumber);
+        if (!(fields >> file) || (fields >> extra))
+        {
+            _impl->errors.add(where + ": expected \"<namespace or registration> <path>\"");
+            continue;
+        }
+        const std::string path = (file[0] == '/' || baseDir.empty()) ? file : baseDir + "/" + file;
+        // One broken file is reported and skipped so the rest still serves.
+        try
+        {
+            if (target == "registration")
+            {
+                loadRegistrationFile(path);
+            }
+            else
+            {
+                loadMofFile(path, CIMNamespaceName(String(target.c_str())));
+            }
+        }
+        catch (const cimrepo::MofError& e)
+        {
+            _impl->errors.add(e.what());
+        }
+        catch (const Exception& e)
+        {
+            _impl->errors.add(where + ": " + toStd(e.getMessage()));
+        }
+        catch (const std::exception& e)
+        {
+            _impl->errors.add(where + ": " + e.what());
+        }
+    }
+}
+
+void ObjectManager::addModuleSearchPath(const std::string& dir)
+{
+    _impl->registry.addSearchPath(dir);
+}
+
+void ObjectManager::setHostName(const String& hostName)
+{
+    _impl->hostName = hostName;
+}
+
+String ObjectManager::getHostName() const
+{
+    return _impl->hostName;
+}
+
+void ObjectManager::makeLocal()
+{
+    Sdk::setLocalDispatcher(this);
+}
+
+CIMOMHandle ObjectManager::handle()
+{
+    return _impl->handle;
+}
+
+void ObjectManager::shutdown()
+{
+    std::lock_guard<std::mutex> lock(_impl->shutdownMutex);
+    if (_impl->shutDown)
+    {
+        return;
+    }
+    _impl->registry.terminateAll();
+    _impl->shutDown = true;
+}
+
+std::vector<std::string> ObjectManager::loadErrors() const
+{
+    return _impl->errors.lines();
+}
+
+const cimrepo::ClassRepository& ObjectManager::repository() const
+{
+    return _impl->repo;
+}
+
+Array<CIMParamValue> ObjectManager::typeMethodParameters(const CIMNamespaceName& nameSpace,
+                                                         const CIMName& className,
+                                                         const CIMName& methodName,
+                                                         const Array<CIMParamValue>& in) const
+{
+    return translated([&]() {
+        _impl->checkClass(nameSpace, className);
+        CIMClass cls =
+            _impl->repo.getClass(nameSpace, className, false, true, false, CIMPropertyList());
+        Uint32 pos = methodName.isNull() ? PEG_NOT_FOUND : cls.findMethod(methodName);
+        if (pos == PEG_NOT_FOUND)
+        {
+            throw CIMException(CIM_ERR_METHOD_NOT_FOUND,
+                               "class " + className.getString() + " has no method \"" +
+                                   methodName.getString() + "\"");
+        }
+        return typeInParameters(cls.getMethod(pos), in);
+    });
+}
+
+CIMClass ObjectManager::getClass(const OperationContext&, const CIMNamespaceName& nameSpace,
+                                 const CIMName& className, Boolean localOnly,
+                                 Boolean includeQualifiers, Boolean includeClassOrigin,
+                                 const CIMPropertyList& propertyList)
+{
+    return translated([&]() {
+        _impl->checkNamespace(nameSpace);
+        return _impl->repo.getClass(nameSpace, className, localOnly, includeQualifiers,
+                                    includeClassOrigin, propertyList);
+    });
+}
+
+Array<CIMClass> ObjectManager::enumerateClasses(const OperationContext&,
+                                                const CIMNamespaceName& nameSpace,
+                                                const CIMName& className,
+                                                Boolean deepInheritance, Boolean localOnly,
+                                                Boolean includeQualifiers,
+                                                Boolean includeClassOrigin)
+{
+    return translated([&]() {
+        _impl->checkNamespace(nameSpace);
+        if (!className.isNull())
+        {
+            _impl->checkClass(nameSpace, className);
+        }
+        return _impl->repo.enumerateClasses(nameSpace, className, deepInheritance, localOnly,
+                                            includeQualifiers, includeClassOrigin);
+    });
+}
+
+Array<CIMName> ObjectManager::enumerateClassNames(const OperationContext&,
+                                                  const CIMNamespaceName& nameSpace,
+                                                  const CIMName& className,
+                                                  Boolean deepInheritance)
+{
+    return translated([&]() {
+        _impl->checkNamespace(nameSpace);
+        if (!className.isNull())
+        {
+            _impl->checkClass(nameSpace, className);
+        }
+        return _impl->repo.enumerateClassNames(nameSpace, className, deepInheritance);
+    });
+}
+
+CIMInstance ObjectManager::getInstance(const OperationContext& context,
+                                       const CIMNamespaceName& nameSpace,
+                                       const CIMObjectPath& instanceName, Boolean localOnly,
+                                       Boolean includeQualifiers, Boolean includeClassOrigin,
+                                       const CIMPropertyList& propertyList)
+{
+    return translated([&]() {
+        const CIMName className = instanceName.getClassName();
+        _impl->checkClass(nameSpace, className);
+        const Registration* reg = _impl->registry.find(KindInstance, nameSpace, className);
+        if (!reg)
+        {
+            throw CIMException(CIM_ERR_NOT_FOUND,
+                               "no instance " + instanceName.toString() + " (class " +
+                                   className.getString() + " has no provider)");
+        }
+        ProviderCall call(*reg, _impl->handle, _impl->errors);
+        InstanceCollector collector(call.name(), "getInstance");
+        call.as<CIMInstanceProvider>("an instance")
+            .getInstance(withIdentity(context), _impl->requestPath(nameSpace, instanceName),
+                         includeQualifiers, includeClassOrigin, propertyList, collector);
+        if (collector.results.size() == 0)
+        {
+            throw CIMException(CIM_ERR_NOT_FOUND,
+                               "no instance " + instanceName.toString());
+        }
+
+        NameSet local;
+        InstanceFilter filter;
+        if (localOnly)
+        {
+            // Only what the class itself defines, not what it inherits.
+            local = _impl->propertyNames(nameSpace, className);
+            CIMName super = _impl->repo.getSuperClassName(nameSpace, className);
+            for (const std::string& name : _impl->propertyNames(nameSpace, super))
+            {
+                local.erase(name);
+            }
+            filter.classProperties = &local;
+        }
+        filter.propertyList = propertyList;
+        filter.includeQualifiers = includeQualifiers;
+        filter.includeClassOrigin = includeClassOrigin;
+
+        CIMInstance instance = filterInstance(collector.results[0], filter);
+        _impl->completeInstancePath(instance, nameSpace);
+        if (instance.getPath().getClassName().isNull())
+        {
+            CIMObjectPath path = instanceName;
+            completePath(path, _impl->hostName, nameSpace);
+            instance.setPath(path);
+        }
+        return instance;
+    });
+}
+
+Array<CIMInstance> ObjectManager::enumerateInstances(const OperationContext& context,
+                                                     const CIMNamespaceName& nameSpace,
+                                                     const CIMName& className,
+                                                     Boolean deepInheritance, Boolean localOnly,
+                                                     Boolean includeQualifiers,
+                                                     Boolean includeClassOrigin,
+                                                     const CIMPropertyList& propertyList)
+{
+    return translated([&]() {
+        _impl->checkClass(nameSpace, className);
+        const OperationContext providerContext = withIdentity(context);
+
+        // localOnly drops what the requested class inherits; without
+        // deepInheritance, subclass instances keep only the requested
+        // class's properties.
+        NameSet inherited;
+        if (localOnly)
+        {
+            inherited = _impl->propertyNames(nameSpace,
+                                             _impl->repo.getSuperClassName(nameSpace, className));
+        }
+        std::map<std::string, NameSet> allowedByClass;
+        auto allowedFor = [&](const CIMName& instanceClass) -> const NameSet* {
+            CIMName basis = className;
+            if (deepInheritance && _impl->repo.classExists(nameSpace, instanceClass))
+            {
+                basis = instanceClass;
+            }
+            std::string key = lower(basis.getString());
+            auto it = allowedByClass.find(key);
+            if (it == allowedByClass.end())
+            {
+                NameSet names = _impl->propertyNames(nameSpace, basis);
+                for (const std::string& name : inherited)
+                {
+                    names.erase(name);
+                }
+                it = allowedByClass.emplace(key, names).first;
+            }
+            return &it->second;
+        };
+
+        Array<CIMName> classes;
+        classes.append(className);
+        classes.appendArray(_impl->repo.getSubClassNames(nameSpace, className, true));
+
+        Array<CIMInstance> result;
+        for (Uint32 c = 0; c < classes.size(); c++)
+        {
+            const Registration* reg = _impl->registry.find(KindInstance, nameSpace, classes[c]);
+            if (!reg)
+            {
+                continue;
+            }
+            ProviderCall call(*reg, _impl->handle, _impl->errors);
+            InstanceCollector collector(call.name(), "enumerateInstances");
+            call.as<CIMInstanceProvider>("an instance")
+                .enumerateInstances(providerContext,
+                                    CIMObjectPath(_impl->hostName, nameSpace, classes[c],
+                                                  Array<CIMKeyBinding>()),
+                                    includeQualifiers, includeClassOrigin, propertyList,
+                                    collector);
+            for (Uint32 i = 0; i < collector.results.size(); i++)
+            {
+                InstanceFilter filter;
+                filter.classProperties = allowedFor(collector.results[i].getClassName());
+                filter.propertyList = propertyList;
+                filter.includeQualifiers = includeQualifiers;
+                filter.includeClassOrigin = includeClassOrigin;
+                CIMInstance instance = filterInstance(collector.results[i], filter);
+                _impl->completeInstancePath(instance, nameSpace);
+                result.append(instance);
+            }
+        }
+        return result;
+    });
+}
+
+Array<CIMObjectPath> ObjectManager::enumerateInstanceNames(const OperationContext& context,
+                                                           const CIMNamespaceName& nameSpace,
+                                                           const CIMName& className)
+{
+    return translated([&]() {
+        _impl->checkClass(nameSpace, className);
+        const OperationContext providerContext = withIdentity(context);
+
+        Array<CIMName> classes;
+        classes.append(className);
+        classes.appendArray(_impl->repo.getSubClassNames(nameSpace, className, true));
+
+        Array<CIMObjectPath> result;
+        for (Uint32 c = 0; c < classes.size(); c++)
+        {
+            const Registration* reg = _impl->registry.find(KindInstance, nameSpace, classes[c]);
+            if (!reg)
+            {
+                continue;
+            }
+            ProviderCall call(*reg, _impl->handle, _impl->errors);
+            ObjectPathCollector collector(call.name(), "enumerateInstanceNames");
+            call.as<CIMInstanceProvider>("an instance")
+                .enumerateInstanceNames(providerContext,
+                                        CIMObjectPath(_impl->hostName, nameSpace, classes[c],
+                                                      Array<CIMKeyBinding>()),
+                                        collector);
+            result.appendArray(_impl->finishPaths(collector.results, nameSpace, CIMName()));
+        }
+        return result;
+    });
+}
+
+Array<CIMObject> ObjectManager::associators(const OperationContext& context,
+                                            const CIMNamespaceName& nameSpace,
+                                            const CIMObjectPath& objectName,
+                                            const CIMName& assocClass,
+                                            const CIMName& resultClass, const String& role,
+                                            const String& resultRole, Boolean includeQualifiers,
+                                            Boolean includeClassOrigin,
+                                            const CIMPropertyList& propertyList)
+{
+    return translated([&]() {
+        _impl->checkClass(nameSpace, objectName.getClassName());
+        Array<CIMObject> result;
+        if (objectName.getKeyBindings().size() == 0)
+        {
+            return result; // class-level query: no class associations are kept
+        }
+        const OperationContext providerContext = withIdentity(context);
+        const CIMObjectPath object = _impl->requestPath(nameSpace, objectName);
+
+        InstanceFilter filter;
+        filter.propertyList = propertyList;
+        filter.includeQualifiers = includeQualifiers;
+        filter.includeClassOrigin = includeClassOrigin;
+
+        for (const Registration& reg :
+             _impl->associationsFor(nameSpace, objectName.getClassName(), assocClass, role))
+        {
+            ProviderCall call(reg, _impl->handle, _impl->errors);
+            ObjectCollector collector(call.name(), "associators");
+            call.as<CIMAssociationProvider>("an association")
+                .associators(providerContext, object, reg.className, resultClass, role,
+                             resultRole, includeQualifiers, includeClassOrigin, propertyList,
+                             collector);
+            result.appendArray(
+                _impl->finishObjects(collector.results, nameSpace, resultClass, filter));
+        }
+        return result;
+    });
+}
+
+Array<CIMObjectPath> ObjectManager::associatorNames(const OperationContext& context,
+                                                    const CIMNamespaceName& nameSpace,
+                                                    const CIMObjectPath& objectName,
+                                                    const CIMName& assocClass,
+                                                    const CIMName& resultClass,
+                                                    const String& role, const String& resultRole)
+{
+    return translated([&]() {
+        _impl->checkClass(nameSpace, objectName.getClassName());
+        Array<CIMObjectPath> result;
+        if (objectName.getKeyBindings().size() == 0)
+        {
+            return result;
+        }
+        const OperationContext providerContext = withIdentity(context);
+        const CIMObjectPath object = _impl->requestPath(nameSpace, objectName);
+
+        for (const Registration& reg :
+             _impl->associationsFor(nameSpace, objectName.getClassName(), assocClass, role))
+        {
+            ProviderCall call(reg, _impl->handle, _impl->errors);
+            ObjectPathCollector collector(call.name(), "associatorNames");
+            call.as<CIMAssociationProvider>("an association")
+                .associatorNames(providerContext, object, reg.className, resultClass, role,
+                                 resultRole, collector);
+            result.appendArray(_impl->finishPaths(collector.results, nameSpace, resultClass));
+        }
+        return result;
+    });
+}
+
+Array<CIMObject> ObjectManager::references(const OperationContext& context,
+                                           const CIMNamespaceName& nameSpace,
+                                           const CIMObjectPath& objectName,
+                                           const CIMName& resultClass, const String& role,
+                                           Boolean includeQualifiers, Boolean includeClassOrigin,
+                                           const CIMPropertyList& propertyList)
+{
+    return translated([&]() {
+        _impl->checkClass(nameSpace, objectName.getClassName());
+        Array<CIMObject> result;
+        if (objectName.getKeyBindings().size() == 0)
+        {
+            return result;
+        }
+        const OperationContext providerContext = withIdentity(context);
+        const CIMObjectPath object = _impl->requestPath(nameSpace, objectName);
+
+        InstanceFilter filter;
+        filter.propertyList = propertyList;
+        filter.includeQualifiers = includeQualifiers;
+        filter.includeClassOrigin = includeClassOrigin;
+
+        for (const Registration& reg :
+             _impl->associationsFor(nameSpace, objectName.getClassName(), resultClass, role))
+        {
+            ProviderCall call(reg, _impl->handle, _impl->errors);
+            ObjectCollector collector(call.name(), "references");
+            call.as<CIMAssociationProvider>("an association")
+                .references(providerContext, object, reg.className, role, includeQualifiers,
+                            includeClassOrigin, propertyList, collector);
+            result.appendArray(
+                _impl->finishObjects(collector.results, nameSpace, resultClass, filter));
+        }
+        return result;
+    });
+}
+
+Array<CIMObjectPath> ObjectManager::referenceNames(const OperationContext& context,
+                                                   const CIMNamespaceName& nameSpace,
+                                                   const CIMObjectPath& objectName,
+                                                   const CIMName& resultClass,
+                                                   const String& role)
+{
+    return translated([&]() {
+        _impl->checkClass(nameSpace, objectName.getClassName());
+        Array<CIMObjectPath> result;
+        if (objectName.getKeyBindings().size() == 0)
+        {
+            return result;
+        }
+        const OperationContext providerContext = withIdentity(context);
+        const CIMObjectPath object = _impl->requestPath(nameSpace, objectName);
+
+        for (const Registration& reg :
+             _impl->associationsFor(nameSpace, objectName.getClassName(), resultClass, role))
+        {
+            ProviderCall call(reg, _impl->handle, _impl->errors);
+            ObjectPathCollector collector(call.name(), "referenceNames");
+            call.as<CIMAssociationProvider>("an association")
+                .referenceNames(providerContext, object, reg.className, role, collector);
+            result.appendArray(_impl->finishPaths(collector.results, nameSpace, resultClass));
+        }
+        return result;
+    });
+}
+
+CIMValue ObjectManager::invokeMethod(const OperationContext& context,
+                                     const CIMNamespaceName& nameSpace,
+                                     const CIMObjectPath& instanceName,
+                                     const CIMName& methodName,
+                                     const Array<CIMParamValue>& inParameters,
+                                     Array<CIMParamValue>& outParameters)
+{
+    return translated([&]() {
+        const CIMName className = instanceName.getClassName();
+        Array<CIMParamValue> typed =
+            typeMethodParameters(nameSpace, className, methodName, inParameters);
+        const Registration* reg = _impl->registry.find(KindMethod, nameSpace, className);
+        if (!reg)
+        {
+            throw CIMException(CIM_ERR_NOT_SUPPORTED,
+                               "method " + methodName.getString() + " of class " +
+                                   className.getString() + " has no provider");
+        }
+        ProviderCall call(*reg, _impl->handle, _impl->errors);
+        MethodResultCollector collector(call.name(), "invokeMethod");
+        call.as<CIMMethodProvider>("a method")
+            .invokeMethod(withIdentity(context), _impl->requestPath(nameSpace, instanceName),
+                          methodName, typed, collector);
+        outParameters = collector.outParameters;
+        return collector.returnValue;
+    });
+}
+
+} // namespace cimom

@@ -1,0 +1,43 @@
+#ifndef CIMOM_RESULTFILTER_H
+#define CIMOM_RESULTFILTER_H
+
+#include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Common/CIMObjectPath.h>
+#include <Pegasus/Common/CIMPropertyList.h>
+
+#include <set>
+#include <string>
+
+namespace cimom
+{
+
+/** Property names as lower-case keys. */
+typedef std::set<std::string> NameSet;
+
+/**
+    What a request lets through of each instance. classProperties, when
+    set, limits properties to those names (deepInheritance / localOnly);
+    the property list, when not null, limits them further; without
+    includeQualifiers the instance and its properties lose their
+    qualifiers, without includeClassOrigin the properties lose their class
+    origin.
+*/
+struct InstanceFilter
+{
+    const NameSet* classProperties = nullptr;
+    Pegasus::CIMPropertyList propertyList;
+    bool includeQualifiers = false;
+    bool includeClassOrigin = false;
+};
+
+/** A filtered deep copy; the provider's object is left alone. */
+Pegasus::CIMInstance filterInstance(const Pegasus::CIMInstance& instance,
+                                    const InstanceFilter& filter);
+
+/** Fills in the host and namespace where they are empty. */
+void completePath(Pegasus::CIMObjectPath& path, const Pegasus::String& host,
+                  const Pegasus::CIMNamespaceName& nameSpace);
+
+} // namespace cimom
+
+#endif

@@ -1,0 +1,295 @@
+#include <Pegasus/Common/CIMProperty.h>
+
+#include "SdkRepAccess.h"
+
+PEGASUS_NAMESPACE_BEGIN
+
+namespace
+{
+std::shared_ptr<CIMPropertyRep> makeProperty(const CIMName& name, const CIMValue& value,
+                                             Uint32 arraySize, const CIMName& referenceClassName,
+                                             const CIMName& classOrigin, Boolean propagated)
+{
+    if (name.isNull())
+    {
+        throw UninitializedObjectException();
+    }
+    // A reference class only makes sense for a reference-valued property.
+    if (!referenceClassName.isNull() && value.getType() != CIMTYPE_REFERENCE)
+    {
+        throw TypeMismatchException();
+    }
+    auto rep = std::make_shared<CIMPropertyRep>();
+    rep->name = name;
+    rep->value = value;
+    rep->arraySize = arraySize;
+    rep->referenceClassName = referenceClassName;
+    rep->classOrigin = classOrigin;
+    rep->propagated = propagated;
+    return rep;
+}
+
+std::shared_ptr<CIMPropertyRep> cloneProperty(const CIMPropertyRep& rep)
+{
+    auto copy = std::make_shared<CIMPropertyRep>(rep);
+    copy->qualifiers = rep.qualifiers.deepCopy();
+    return copy;
+}
+
+bool identicalProperties(const CIMPropertyRep& a, const CIMPropertyRep& b)
+{
+    return a.name.equal(b.name) && a.value == b.value && a.arraySize == b.arraySize &&
+           a.referenceClassName.equal(b.referenceClassName) &&
+           a.classOrigin.equal(b.classOrigin) && a.propagated == b.propagated &&
+           a.qualifiers.identical<CIMConstQualifier>(b.qualifiers);
+}
+} // namespace
+
+CIMProperty::CIMProperty()
+{
+}
+
+CIMProperty::CIMProperty(const CIMProperty& x) : _rep(x._rep)
+{
+}
+
+CIMProperty::CIMProperty(const CIMName& name, const CIMValue& value, Uint32 arraySize,
+                         const CIMName& referenceClassName, const CIMName& classOrigin,
+                         Boolean propagated)
+    : _rep(makeProperty(name, value, arraySize, referenceClassName, classOrigin, propagated))
+{
+}
+
+CIMProperty::~CIMProperty()
+{
+}
+
+CIMProperty& CIMProperty::operator=(const CIMProperty& x)
+{
+    _rep = x._rep;
+    return *this;
+}
+
+const CIMName& CIMProperty::getName() const
+{
+    return needRep(_rep).name;
+}
+
+void CIMProperty::setName(const CIMName& name)
+{
+    if (name.isNull())
+    {
+        throw UninitializedObjectException();
+    }
+    needRep(_rep).name = name;
+}
+
+const CIMValue& CIMProperty::getValue() const
+{
+    return needRep(_rep).value;
+}
+
+CIMType CIMProperty::getType() const
+{
+    return needRep(_rep).value.getType();
+}
+
+Boolean CIMProperty::isArray() const
+{
+    return needRep(_rep).value.isArray();
+}
+
+void CIMProperty::setValue(const CIMValue& value)
+{
+    CIMPropertyRep& rep = needRep(_rep);
+    // The declared type is part of the property; only its value may change.
+    if (value.getType() != rep.value.getType() || value.isArray() != rep.value.isArray())
+    {
+        throw TypeMismatchException(String("value of property \"") + rep.name.getString() +
+                                    "\" has the wrong type");
+    }
+    rep.value = value;
+}
+
+Uint32 CIMProperty::getArraySize() const
+{
+    return needRep(_rep).arraySize;
+}
+
+const CIMName& CIMProperty::getReferenceClassName() const
+{
+    return needRep(_rep).referenceClassName;
+}
+
+const CIMName& CIMProperty::getClassOrigin() const
+{
+    return needRep(_rep).classOrigin;
+}
+
+void CIMProperty::setClassOrigin(const CIMName& classOrigin)
+{
+    needRep(_rep).classOrigin = classOrigin;
+}
+
+Boolean CIMProperty::getPropagated() const
+{
+    return needRep(_rep).propagated;
+}
+
+void CIMProperty::setPropagated(Boolean propagated)
+{
+    needRep(_rep).propagated = propagated;
+}
+
+CIMProperty& CIMProperty::addQualifier(const CIMQualifier& x)
+{
+    needRep(_rep).qualifiers.add(x, "qualifier");
+    return *this;
+}
+
+Uint32 CIMProperty::findQualifier(const CIMName& name) const
+{
+    return needRep(_rep).qualifiers.find(name);
+}
+
+CIMQualifier CIMProperty::getQualifier(Uint32 index)
+{
+    return needRep(_rep).qualifiers.get(index);
+}
+
+CIMConstQualifier CIMProperty::getQualifier(Uint32 index) const
+{
+    return needRep(_rep).qualifiers.get(index);
+}
+
+void CIMProperty::removeQualifier(Uint32 index)
+{
+    needRep(_rep).qualifiers.remove(index);
+}
+
+Uint32 CIMProperty::getQualifierCount() const
+{
+    return needRep(_rep).qualifiers.count();
+}
+
+Boolean CIMProperty::identical(const CIMConstProperty& x) const
+{
+    return identicalProperties(needRep(_rep), needRep(x._rep));
+}
+
+CIMProperty CIMProperty::clone() const
+{
+    return SdkRepAccess::wrap<CIMProperty>(cloneProperty(needRep(_rep)));
+}
+
+Boolean CIMProperty::isUninitialized() const
+{
+    return !_rep;
+}
+
+CIMConstProperty::CIMConstProperty()
+{
+}
+
+CIMConstProperty::CIMConstProperty(const CIMConstProperty& x) : _rep(x._rep)
+{
+}
+
+CIMConstProperty::CIMConstProperty(const CIMProperty& x) : _rep(x._rep)
+{
+}
+
+CIMConstProperty::CIMConstProperty(const CIMName& name, const CIMValue& value, Uint32 arraySize,
+                                   const CIMName& referenceClassName, const CIMName& classOrigin,
+                                   Boolean propagated)
+    : _rep(makeProperty(name, value, arraySize, referenceClassName, classOrigin, propagated))
+{
+}
+
+CIMConstProperty::~CIMConstProperty()
+{
+}
+
+CIMConstProperty& CIMConstProperty::operator=(const CIMConstProperty& x)
+{
+    _rep = x._rep;
+    return *this;
+}
+
+CIMConstProperty& CIMConstProperty::operator=(const CIMProperty& x)
+{
+    _rep = x._rep;
+    return *this;
+}
+
+const CIMName& CIMConstProperty::getName() const
+{
+    return needRep(_rep).name;
+}
+
+const CIMValue& CIMConstProperty::getValue() const
+{
+    return needRep(_rep).value;
+}
+
+CIMType CIMConstProperty::getType() const
+{
+    return needRep(_rep).value.getType();
+}
+
+Boolean CIMConstProperty::isArray() const
+{
+    return needRep(_rep).value.isArray();
+}
+
+Uint32 CIMConstProperty::getArraySize() const
+{
+    return needRep(_rep).arraySize;
+}
+
+const CIMName& CIMConstProperty::getReferenceClassName() const
+{
+    return needRep(_rep).referenceClassName;
+}
+
+const CIMName& CIMConstProperty::getClassOrigin() const
+{
+    return needRep(_rep).classOrigin;
+}
+
+Boolean CIMConstProperty::getPropagated() const
+{
+    return needRep(_rep).propagated;
+}
+
+Uint32 CIMConstProperty::findQualifier(const CIMName& name) const
+{
+    return needRep(_rep).qualifiers.find(name);
+}
+
+CIMConstQualifier CIMConstProperty::getQualifier(Uint32 index) const
+{
+    return needRep(_rep).qualifiers.get(index);
+}
+
+Uint32 CIMConstProperty::getQualifierCount() const
+{
+    return needRep(_rep).qualifiers.count();
+}
+
+Boolean CIMConstProperty::identical(const CIMConstProperty& x) const
+{
+    return identicalProperties(needRep(_rep), needRep(x._rep));
+}
+
+CIMProperty CIMConstProperty::clone() const
+{
+    return SdkRepAccess::wrap<CIMProperty>(cloneProperty(needRep(_rep)));
+}
+
+Boolean CIMConstProperty::isUninitialized() const
+{
+    return !_rep;
+}
+
+PEGASUS_NAMESPACE_END

@@ -24,11 +24,6 @@ std::string lowerKey(const String& s)
     return std::string(static_cast<const char*>(t.getCString()));
 }
 
-std::string text(const String& s)
-{
-    return std::string(static_cast<const char*>(s.getCString()));
-}
-
 bool propagatesToSubclass(const CIMConstQualifier& q)
 {
     return q.getFlavor().hasFlavor(CIMFlavor::TOSUBCLASS) &&

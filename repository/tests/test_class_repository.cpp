@@ -7,6 +7,7 @@
 #include <Pegasus/Common/CIMParameter.h>
 #include <Pegasus/Common/CIMProperty.h>
 #include <Pegasus/Common/CIMQualifier.h>
+#include <Pegasus/Common/Exception.h>
 
 #include <gtest/gtest.h>
 

@@ -126,7 +126,7 @@ TEST(MofCompiler, DefaultValuesAreTypedFromTheDeclaration)
     EXPECT_EQ("xy", str(s));
     Char16 c;
     f.defaultOf("T", "C").get(c);
-    EXPECT_EQ(Char16('z'), c);
+    EXPECT_EQ(Uint16('z'), Uint16(c));
     CIMDateTime d;
     f.defaultOf("T", "D").get(d);
     EXPECT_EQ("20240102030405.000006+060", str(d.toString()));

@@ -114,7 +114,7 @@ class Sub : Base
     const ClassNode& c = onlyClass(p);
     EXPECT_EQ("Sub", c.name);
     EXPECT_EQ("Base", c.superClass);
-    EXPECT_EQ(6, c.line);
+    EXPECT_EQ(5, c.line); // where the qualifier list opens
     ASSERT_EQ(5u, c.qualifiers.size());
     EXPECT_EQ(Literal::NONE, c.qualifiers[0].value.kind);
     EXPECT_EQ("two parts", c.qualifiers[2].value.text);

@@ -1,1 +1,263 @@
+#include "CimXmlReader.h"
+
+#include <Pegasus/Common/CIMValue.h>
 #include <gtest/gtest.h>
+
+using namespace orvhost;
+using namespace Pegasus;
+
+namespace
+{
+std::string _envelope(const std::string& call, const std::string& cimAttrs =
+                                                   "CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"",
+                      const std::string& protocol = "1.0")
+{
+    return "<?xml version=\"1.0\" encoding=\"utf-8\"?><CIM " + cimAttrs +
+           "><MESSAGE ID=\"42\" PROTOCOLVERSION=\"" + protocol + "\"><SIMPLEREQ>" + call +
+           "</SIMPLEREQ></MESSAGE></CIM>";
+}
+
+const std::string orvNs =
+    "<LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"orv\"/></LOCALNAMESPACEPATH>";
+
+std::string _imethod(const std::string& name, const std::string& params)
+{
+    return _envelope("<IMETHODCALL NAME=\"" + name + "\">" + orvNs + params + "</IMETHODCALL>");
+}
+
+std::string _method(const std::string& path, const std::string& params)
+{
+    return _envelope("<METHODCALL NAME=\"DoIt\">" + path + params + "</METHODCALL>");
+}
+
+std::string _str(const String& s)
+{
+    return std::string(static_cast<const char*>(s.getCString()));
+}
+} // namespace
+
+TEST(CimXmlReader, RefusesWhatHttpMustRefuse)
+{
+    struct Case
+    {
+        const char* what;
+        std::string body;
+        int status;
+        const char* cimError;
+    } cases[] = {
+        {"empty body", "", 400, "request-not-well-formed"},
+        {"not XML", "hello", 400, "request-not-well-formed"},
+        {"unclosed", "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE>", 400,
+         "request-not-well-formed"},
+        {"wrong root", "<FOO/>", 400, "request-not-valid"},
+        {"DOCTYPE", "<!DOCTYPE CIM [<!ENTITY a \"aaaa\">]><CIM CIMVERSION=\"2.0\" "
+                    "DTDVERSION=\"2.0\"/>",
+         400, "request-not-valid"},
+        {"no CIMVERSION", _envelope("", "DTDVERSION=\"2.0\""), 400, "request-not-valid"},
+        {"CIM 3", _envelope("", "CIMVERSION=\"3.0\" DTDVERSION=\"2.0\""), 501,
+         "unsupported-cim-version"},
+        {"DTD 1", _envelope("", "CIMVERSION=\"2.0\" DTDVERSION=\"1.1\""), 501,
+         "unsupported-dtd-version"},
+        {"protocol 2", _envelope("<IMETHODCALL NAME=\"X\">" + orvNs + "</IMETHODCALL>",
+                                 "CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"", "2.0"),
+         501, "unsupported-protocol-version"},
+        {"MULTIREQ",
+         "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" "
+         "PROTOCOLVERSION=\"1.0\"><MULTIREQ/></MESSAGE></CIM>",
+         501, "multiple-requests-unsupported"},
+        {"no call", _envelope(""), 400, "request-not-valid"},
+        {"two calls", _envelope("<IMETHODCALL NAME=\"A\">" + orvNs +
+                                "</IMETHODCALL><IMETHODCALL NAME=\"B\">" + orvNs +
+                                "</IMETHODCALL>"),
+         400, "request-not-valid"},
+        {"no namespace", _envelope("<IMETHODCALL NAME=\"A\"></IMETHODCALL>"), 400,
+         "request-not-valid"},
+        {"no method name", _envelope("<IMETHODCALL>" + orvNs + "</IMETHODCALL>"), 400,
+         "request-not-valid"},
+        {"stray element", _imethod("A", "<PARAMVALUE NAME=\"x\"/>"), 400, "request-not-valid"},
+        {"method without path", _envelope("<METHODCALL NAME=\"M\"></METHODCALL>"), 400,
+         "request-not-valid"},
+    };
+    for (const Case& c : cases)
+    {
+        try
+        {
+            parseCimRequest(c.body);
+            ADD_FAILURE() << c.what << ": accepted";
+        }
+        catch (const CimProtocolError& e)
+        {
+            EXPECT_EQ(e.httpStatus(), c.status) << c.what;
+            EXPECT_EQ(e.cimError(), c.cimError) << c.what << ": " << e.what();
+        }
+    }
+}
+
+TEST(CimXmlReader, IntrinsicParametersKeepTheirShape)
+{
+    CimRequest r = parseCimRequest(_imethod(
+        "Associators",
+        "<IPARAMVALUE NAME=\"ObjectName\"><INSTANCENAME CLASSNAME=\"ORV_Vol\">"
+        "<KEYBINDING NAME=\"ID\"><KEYVALUE VALUETYPE=\"string\"> a&amp;b </KEYVALUE></KEYBINDING>"
+        "<KEYBINDING NAME=\"N\"><KEYVALUE VALUETYPE=\"numeric\">7</KEYVALUE></KEYBINDING>"
+        "<KEYBINDING NAME=\"Sys\"><VALUE.REFERENCE><LOCALINSTANCEPATH>" +
+            orvNs +
+            "<INSTANCENAME CLASSNAME=\"ORV_Sys\"><KEYBINDING NAME=\"Name\"><KEYVALUE>s1"
+            "</KEYVALUE></KEYBINDING></INSTANCENAME></LOCALINSTANCEPATH></VALUE.REFERENCE>"
+            "</KEYBINDING></INSTANCENAME></IPARAMVALUE>"
+            "<IPARAMVALUE NAME=\"AssocClass\"><CLASSNAME NAME=\"ORV_Assoc\"/></IPARAMVALUE>"
+            "<IPARAMVALUE NAME=\"Role\"><VALUE>Element</VALUE></IPARAMVALUE>"
+            "<IPARAMVALUE NAME=\"PropertyList\"><VALUE.ARRAY><VALUE>A</VALUE><VALUE>B</VALUE>"
+            "</VALUE.ARRAY></IPARAMVALUE>"
+            "<IPARAMVALUE NAME=\"ResultRole\"/>"));
+    ASSERT_EQ(r.errorCode, CIM_ERR_SUCCESS) << r.errorText;
+    EXPECT_TRUE(r.intrinsic);
+    EXPECT_EQ(r.messageId, "42");
+    EXPECT_EQ(r.methodName, "Associators");
+    EXPECT_EQ(_str(r.nameSpace.getString()), "root/orv");
+    ASSERT_EQ(r.iparams.size(), 5u);
+
+    const IParam& object = r.iparams[0];
+    ASSERT_EQ(object.kind, IParam::INSTANCE_NAME);
+    EXPECT_EQ(_str(object.path.getClassName().getString()), "ORV_Vol");
+    Array<CIMKeyBinding> keys = object.path.getKeyBindings();
+    ASSERT_EQ(keys.size(), 3u);
+    EXPECT_EQ(_str(keys[0].getValue()), " a&b ") << "key text is kept exactly";
+    EXPECT_EQ(keys[0].getType(), CIMKeyBinding::STRING);
+    EXPECT_EQ(keys[1].getType(), CIMKeyBinding::NUMERIC);
+    EXPECT_EQ(keys[2].getType(), CIMKeyBinding::REFERENCE);
+    CIMObjectPath sys(keys[2].getValue());
+    EXPECT_EQ(_str(sys.getClassName().getString()), "ORV_Sys");
+    EXPECT_EQ(_str(sys.getNameSpace().getString()), "root/orv");
+
+    EXPECT_EQ(r.iparams[1].kind, IParam::CLASS_NAME);
+    EXPECT_EQ(_str(r.iparams[1].className.getString()), "ORV_Assoc");
+    EXPECT_EQ(r.iparams[2].kind, IParam::VALUE);
+    EXPECT_EQ(r.iparams[2].text, "Element");
+    EXPECT_EQ(r.iparams[3].kind, IParam::VALUE_ARRAY);
+    EXPECT_EQ(r.iparams[3].texts, (std::vector<std::string>{"A", "B"}));
+    EXPECT_EQ(r.iparams[4].kind, IParam::NULL_VALUE);
+}
+
+TEST(CimXmlReader, BadPathsAndValuesBecomeCimErrors)
+{
+    struct Case
+    {
+        const char* what;
+        std::string body;
+        CIMStatusCode code;
+    } cases[] = {
+        {"instance name without class",
+         _imethod("GetInstance", "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME>"
+                                 "</INSTANCENAME></IPARAMVALUE>"),
+         CIM_ERR_INVALID_PARAMETER},
+        {"bad class name",
+         _imethod("GetClass", "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"1 bad\"/>"
+                              "</IPARAMVALUE>"),
+         CIM_ERR_INVALID_PARAMETER},
+        {"bad VALUETYPE",
+         _imethod("GetInstance", "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME "
+                                 "CLASSNAME=\"C\"><KEYBINDING NAME=\"K\"><KEYVALUE "
+                                 "VALUETYPE=\"blob\">1</KEYVALUE></KEYBINDING></INSTANCENAME>"
+                                 "</IPARAMVALUE>"),
+         CIM_ERR_INVALID_PARAMETER},
+        {"key binding without value",
+         _imethod("GetInstance", "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME "
+                                 "CLASSNAME=\"C\"><KEYBINDING NAME=\"K\"/></INSTANCENAME>"
+                                 "</IPARAMVALUE>"),
+         CIM_ERR_INVALID_PARAMETER},
+        {"two values", _imethod("X", "<IPARAMVALUE NAME=\"A\"><VALUE>1</VALUE><VALUE>2</VALUE>"
+                                     "</IPARAMVALUE>"),
+         CIM_ERR_INVALID_PARAMETER},
+        {"bad namespace",
+         _envelope("<IMETHODCALL NAME=\"X\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"a b\"/>"
+                   "</LOCALNAMESPACEPATH></IMETHODCALL>"),
+         CIM_ERR_INVALID_NAMESPACE},
+        {"typed parameter with bad text",
+         _method("<LOCALCLASSPATH>" + orvNs + "<CLASSNAME NAME=\"C\"/></LOCALCLASSPATH>",
+                 "<PARAMVALUE NAME=\"N\" PARAMTYPE=\"uint16\"><VALUE>70000</VALUE></PARAMVALUE>"),
+         CIM_ERR_INVALID_PARAMETER},
+        {"unknown PARAMTYPE",
+         _method("<LOCALCLASSPATH>" + orvNs + "<CLASSNAME NAME=\"C\"/></LOCALCLASSPATH>",
+                 "<PARAMVALUE NAME=\"N\" PARAMTYPE=\"int\"><VALUE>1</VALUE></PARAMVALUE>"),
+         CIM_ERR_INVALID_PARAMETER},
+        {"reference declared as string",
+         _method("<LOCALCLASSPATH>" + orvNs + "<CLASSNAME NAME=\"C\"/></LOCALCLASSPATH>",
+                 "<PARAMVALUE NAME=\"R\" PARAMTYPE=\"string\"><VALUE.REFERENCE><INSTANCENAME "
+                 "CLASSNAME=\"C\"/></VALUE.REFERENCE></PARAMVALUE>"),
+         CIM_ERR_INVALID_PARAMETER},
+    };
+    for (const Case& c : cases)
+    {
+        CimRequest r = parseCimRequest(c.body);
+        EXPECT_EQ(r.errorCode, c.code) << c.what << ": " << r.errorText;
+        EXPECT_FALSE(r.errorText.empty()) << c.what;
+    }
+}
+
+TEST(CimXmlReader, ExtrinsicParametersTypedUntypedAndReferences)
+{
+    const std::string sysName = "<INSTANCENAME CLASSNAME=\"ORV_Sys\"><KEYBINDING NAME=\"Name\">"
+                                "<KEYVALUE>s1</KEYVALUE></KEYBINDING></INSTANCENAME>";
+    CimRequest r = parseCimRequest(_method(
+        "<LOCALINSTANCEPATH>" + orvNs +
+            "<INSTANCENAME CLASSNAME=\"ORV_Svc\"><KEYBINDING NAME=\"Name\"><KEYVALUE>svc"
+            "</KEYVALUE></KEYBINDING></INSTANCENAME></LOCALINSTANCEPATH>",
+        "<PARAMVALUE NAME=\"Untyped\"><VALUE>12</VALUE></PARAMVALUE>"
+        "<PARAMVALUE NAME=\"Count\" PARAMTYPE=\"uint16\"><VALUE>12</VALUE></PARAMVALUE>"
+        "<PARAMVALUE NAME=\"Types\" PARAMTYPE=\"uint16\"><VALUE.ARRAY><VALUE>2</VALUE>"
+        "<VALUE>8</VALUE></VALUE.ARRAY></PARAMVALUE>"
+        "<PARAMVALUE NAME=\"Empty\"><VALUE.ARRAY></VALUE.ARRAY></PARAMVALUE>"
+        "<PARAMVALUE NAME=\"ByWbemcli\"><VALUE.REFERENCE><INSTANCEPATH><NAMESPACEPATH>"
+        "<HOST>h1</HOST>" +
+            orvNs + "</NAMESPACEPATH>" + sysName +
+            "</INSTANCEPATH></VALUE.REFERENCE></PARAMVALUE>"
+            "<PARAMVALUE NAME=\"Local\"><VALUE.REFERENCE><LOCALINSTANCEPATH>" +
+            orvNs + sysName +
+            "</LOCALINSTANCEPATH></VALUE.REFERENCE></PARAMVALUE>"
+            "<PARAMVALUE NAME=\"Bare\"><VALUE.REFERENCE>" +
+            sysName +
+            "</VALUE.REFERENCE></PARAMVALUE>"
+            "<PARAMVALUE NAME=\"Nothing\"/>"));
+    ASSERT_EQ(r.errorCode, CIM_ERR_SUCCESS) << r.errorText;
+    EXPECT_FALSE(r.intrinsic);
+    EXPECT_EQ(r.methodName, "DoIt");
+    EXPECT_EQ(_str(r.nameSpace.getString()), "root/orv");
+    EXPECT_EQ(_str(r.objectPath.getClassName().getString()), "ORV_Svc");
+    ASSERT_EQ(r.inParams.size(), 8u);
+
+    EXPECT_FALSE(r.inParams[0].isTyped()) << "left for the method's declaration to type";
+    EXPECT_EQ(r.inParams[0].getValue().getType(), CIMTYPE_STRING);
+
+    EXPECT_TRUE(r.inParams[1].isTyped());
+    Uint16 count = 0;
+    r.inParams[1].getValue().get(count);
+    EXPECT_EQ(count, 12);
+
+    Array<Uint16> types;
+    r.inParams[2].getValue().get(types);
+    ASSERT_EQ(types.size(), 2u);
+    EXPECT_EQ(types[1], 8);
+
+    EXPECT_TRUE(r.inParams[3].getValue().isArray());
+    EXPECT_EQ(r.inParams[3].getValue().getArraySize(), 0u);
+
+    struct Ref
+    {
+        Uint32 index;
+        const char* host;
+        const char* ns;
+    } refs[] = {{4, "h1", "root/orv"}, {5, "", "root/orv"}, {6, "", ""}};
+    for (const Ref& ref : refs)
+    {
+        const CIMValue v = r.inParams[ref.index].getValue();
+        ASSERT_EQ(v.getType(), CIMTYPE_REFERENCE) << ref.index;
+        CIMObjectPath p;
+        v.get(p);
+        EXPECT_EQ(_str(p.getHost()), ref.host);
+        EXPECT_EQ(_str(p.getNameSpace().getString()), ref.ns);
+        EXPECT_EQ(_str(p.getClassName().getString()), "ORV_Sys");
+        EXPECT_EQ(p.getKeyBindings().size(), 1u);
+    }
+    EXPECT_TRUE(r.inParams[7].getValue().isNull());
+}

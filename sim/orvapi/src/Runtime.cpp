@@ -135,6 +135,14 @@ std::shared_ptr<const Model> Runtime::model() const
 void Runtime::setModel(std::shared_ptr<const Model> m)
 {
     const std::vector<FaultSpec> faults = m->faults;
+    for (const FaultSpec& f : faults)
+    {
+        CallId id;
+        if (!callFromName(f.call.c_str(), id) || f.status == 0)
+        {
+            throw ModelError("fault of \"" + f.call + "\": unknown call or zero status");
+        }
+    }
     {
         std::lock_guard<std::mutex> lock(_impl->modelMutex);
         _impl->model = std::move(m);

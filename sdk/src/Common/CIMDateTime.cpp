@@ -150,8 +150,7 @@ struct CIMDateTimeRep
         // or within the microseconds, and then runs to the end of them.
         static const Uint32 stampFields[][2] = {{0, 4},   {4, 6},   {6, 8},  {8, 10},
                                                 {10, 12}, {12, 14}, {15, 21}};
-        static const Uint32 intervalFields[][2] = {{0, 8},   {8, 10},  {10, 12},
-                                                   {12, 14}, {15, 21}};
+        static const Uint32 intervalFields[][2] = {{0, 8}, {8, 10}, {10, 12}, {12, 14}, {15, 21}};
         const Uint32(*fields)[2] = isInterval ? intervalFields : stampFields;
         Uint32 fieldCount = isInterval ? 5 : 7;
         Uint32 values[7] = {0, 0, 0, 0, 0, 0, 0};
@@ -205,8 +204,8 @@ struct CIMDateTimeRep
             {
                 return false;
             }
-            usec = values[0] * USEC_PER_DAY + values[1] * USEC_PER_HOUR +
-                   values[2] * USEC_PER_MIN + values[3] * USEC_PER_SEC + values[4];
+            usec = values[0] * USEC_PER_DAY + values[1] * USEC_PER_HOUR + values[2] * USEC_PER_MIN +
+                   values[3] * USEC_PER_SEC + values[4];
         }
         else
         {
@@ -225,8 +224,8 @@ struct CIMDateTimeRep
             Uint32 month = monthKnown ? values[1] : 1;
             Uint32 day = dayKnown ? values[2] : 1;
             usec = _daysFromCivil(values[0], month, day) * USEC_PER_DAY +
-                   values[3] * USEC_PER_HOUR + values[4] * USEC_PER_MIN +
-                   values[5] * USEC_PER_SEC + values[6];
+                   values[3] * USEC_PER_HOUR + values[4] * USEC_PER_MIN + values[5] * USEC_PER_SEC +
+                   values[6];
         }
         memcpy(text, t, sizeof(text));
         interval = isInterval;
@@ -280,18 +279,14 @@ String _format(Boolean interval, Uint64 usec, Sint32 utcOffset, Uint32 significa
 
 } // namespace
 
-CIMDateTime::CIMDateTime() : _rep(new CIMDateTimeRep)
-{
-}
+CIMDateTime::CIMDateTime() : _rep(new CIMDateTimeRep) {}
 
 CIMDateTime::CIMDateTime(const String& str) : _rep(new CIMDateTimeRep)
 {
     set(str);
 }
 
-CIMDateTime::CIMDateTime(const CIMDateTime& x) : _rep(new CIMDateTimeRep(*x._rep))
-{
-}
+CIMDateTime::CIMDateTime(const CIMDateTime& x) : _rep(new CIMDateTimeRep(*x._rep)) {}
 
 CIMDateTime::CIMDateTime(Uint64 usec, Boolean isInterval) : _rep(new CIMDateTimeRep)
 {
@@ -328,9 +323,7 @@ CIMDateTime::CIMDateTime(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 secon
     set(_format(true, usec, 0, numSignificantMicrosecondDigits));
 }
 
-CIMDateTime::~CIMDateTime()
-{
-}
+CIMDateTime::~CIMDateTime() {}
 
 CIMDateTime& CIMDateTime::operator=(const CIMDateTime& x)
 {

@@ -49,9 +49,7 @@ String _withoutLeadingSlash(const String& name)
 // CIMName
 //
 
-CIMName::CIMName()
-{
-}
+CIMName::CIMName() {}
 
 CIMName::CIMName(const String& name) : cimName(name)
 {
@@ -61,9 +59,7 @@ CIMName::CIMName(const String& name) : cimName(name)
     }
 }
 
-CIMName::CIMName(const char* name) : CIMName(String(name))
-{
-}
+CIMName::CIMName(const char* name) : CIMName(String(name)) {}
 
 CIMName::CIMName(const CIMName& name) = default;
 
@@ -143,9 +139,7 @@ Boolean operator!=(const char* name1, const CIMName& name2)
 // CIMNamespaceName
 //
 
-CIMNamespaceName::CIMNamespaceName()
-{
-}
+CIMNamespaceName::CIMNamespaceName() {}
 
 CIMNamespaceName::CIMNamespaceName(const String& name)
 {

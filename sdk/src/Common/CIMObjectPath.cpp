@@ -126,11 +126,14 @@ String _canonicalNumber(const String& s)
         return s;
     }
     char buffer[64];
+    // Leading zeros are decimal, not octal.
+    int base =
+        (text.find('x') != std::string::npos || text.find('X') != std::string::npos) ? 16 : 10;
     errno = 0;
     if (kind == UNSIGNED_INTEGER)
     {
         const char* p = text.c_str() + (text[0] == '+' ? 1 : 0);
-        unsigned long long v = strtoull(p, nullptr, 0);
+        unsigned long long v = strtoull(p, nullptr, base);
         if (errno == 0)
         {
             snprintf(buffer, sizeof(buffer), "%llu", v);
@@ -139,7 +142,7 @@ String _canonicalNumber(const String& s)
     }
     else if (kind == SIGNED_INTEGER)
     {
-        long long v = strtoll(text.c_str(), nullptr, 0);
+        long long v = strtoll(text.c_str(), nullptr, base);
         if (errno == 0)
         {
             if (v == 0)
@@ -226,11 +229,10 @@ Boolean _legalHost(const String& host)
 std::vector<CIMKeyBinding> _sorted(const Array<CIMKeyBinding>& keys)
 {
     std::vector<CIMKeyBinding> result(keys.getData(), keys.getData() + keys.size());
-    std::stable_sort(result.begin(), result.end(),
-                     [](const CIMKeyBinding& a, const CIMKeyBinding& b) {
-                         return String::compareNoCase(a.getName().getString(),
-                                                      b.getName().getString()) < 0;
-                     });
+    std::stable_sort(
+        result.begin(), result.end(),
+        [](const CIMKeyBinding& a, const CIMKeyBinding& b)
+        { return String::compareNoCase(a.getName().getString(), b.getName().getString()) < 0; });
     return result;
 }
 
@@ -507,9 +509,7 @@ String _canonicalPath(const CIMObjectPath& path)
 // CIMKeyBinding
 //
 
-CIMKeyBinding::CIMKeyBinding() : _type(STRING)
-{
-}
+CIMKeyBinding::CIMKeyBinding() : _type(STRING) {}
 
 CIMKeyBinding::CIMKeyBinding(const CIMKeyBinding& x) = default;
 
@@ -555,9 +555,7 @@ CIMKeyBinding::CIMKeyBinding(const CIMName& name, const CIMValue& value) : _name
     _value = value.toString();
 }
 
-CIMKeyBinding::~CIMKeyBinding()
-{
-}
+CIMKeyBinding::~CIMKeyBinding() {}
 
 CIMKeyBinding& CIMKeyBinding::operator=(const CIMKeyBinding& x) = default;
 
@@ -614,9 +612,7 @@ Boolean operator==(const CIMKeyBinding& x, const CIMKeyBinding& y)
 // CIMObjectPath
 //
 
-CIMObjectPath::CIMObjectPath()
-{
-}
+CIMObjectPath::CIMObjectPath() {}
 
 CIMObjectPath::CIMObjectPath(const CIMObjectPath& x) = default;
 
@@ -631,9 +627,7 @@ CIMObjectPath::CIMObjectPath(const String& host, const CIMNamespaceName& nameSpa
     set(host, nameSpace, className, keyBindings);
 }
 
-CIMObjectPath::~CIMObjectPath()
-{
-}
+CIMObjectPath::~CIMObjectPath() {}
 
 CIMObjectPath& CIMObjectPath::operator=(const CIMObjectPath& x) = default;
 

@@ -10,9 +10,7 @@ struct CIMParamValueRep
     Boolean isTyped;
 };
 
-CIMParamValue::CIMParamValue()
-{
-}
+CIMParamValue::CIMParamValue() {}
 
 CIMParamValue::CIMParamValue(const CIMParamValue& x) = default;
 
@@ -24,9 +22,7 @@ CIMParamValue::CIMParamValue(String parameterName, CIMValue value, Boolean isTyp
     _rep->isTyped = isTyped;
 }
 
-CIMParamValue::~CIMParamValue()
-{
-}
+CIMParamValue::~CIMParamValue() {}
 
 CIMParamValue& CIMParamValue::operator=(const CIMParamValue& x) = default;
 

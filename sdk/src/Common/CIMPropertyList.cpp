@@ -3,9 +3,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-CIMPropertyList::CIMPropertyList() : _isNull(true)
-{
-}
+CIMPropertyList::CIMPropertyList() : _isNull(true) {}
 
 CIMPropertyList::CIMPropertyList(const CIMPropertyList& x) = default;
 
@@ -14,9 +12,7 @@ CIMPropertyList::CIMPropertyList(const Array<CIMName>& propertyNames) : _isNull(
     set(propertyNames);
 }
 
-CIMPropertyList::~CIMPropertyList()
-{
-}
+CIMPropertyList::~CIMPropertyList() {}
 
 CIMPropertyList& CIMPropertyList::operator=(const CIMPropertyList& x) = default;
 

@@ -29,10 +29,10 @@ namespace
 {
 
 template <class T> struct TypeOf;
-#define ORV_SDK_TYPE_OF(T, TYPE)                                                               \
-    template <> struct TypeOf<T>                                                               \
-    {                                                                                          \
-        static const CIMType type = TYPE;                                                      \
+#define ORV_SDK_TYPE_OF(T, TYPE)                                                                   \
+    template <> struct TypeOf<T>                                                                   \
+    {                                                                                              \
+        static const CIMType type = TYPE;                                                          \
     };
 ORV_SDK_TYPE_OF(Boolean, CIMTYPE_BOOLEAN)
 ORV_SDK_TYPE_OF(Uint8, CIMTYPE_UINT8)
@@ -308,37 +308,31 @@ String _text(const CIMInstance& x)
 
 } // namespace
 
-CIMValue::CIMValue() : _rep(std::make_shared<CIMValueRep>())
-{
-}
+CIMValue::CIMValue() : _rep(std::make_shared<CIMValueRep>()) {}
 
 CIMValue::CIMValue(CIMType type, Boolean isArray, Uint32 arraySize)
 {
     setNullValue(type, isArray, arraySize);
 }
 
-#define ORV_SDK_VALUE_OVERLOADS(T, P)                                                           \
-    CIMValue::CIMValue(P x) : _rep(_makeScalar(x))                                             \
-    {                                                                                          \
-    }                                                                                          \
-    CIMValue::CIMValue(const Array<T>& x) : _rep(_makeArray(x))                                \
-    {                                                                                          \
-    }                                                                                          \
-    void CIMValue::set(P x)                                                                    \
-    {                                                                                          \
-        _rep = _makeScalar(x);                                                                 \
-    }                                                                                          \
-    void CIMValue::set(const Array<T>& x)                                                      \
-    {                                                                                          \
-        _rep = _makeArray(x);                                                                  \
-    }                                                                                          \
-    void CIMValue::get(T& x) const                                                             \
-    {                                                                                          \
-        _getScalar(*_rep, x);                                                                  \
-    }                                                                                          \
-    void CIMValue::get(Array<T>& x) const                                                      \
-    {                                                                                          \
-        _getArray(*_rep, x);                                                                   \
+#define ORV_SDK_VALUE_OVERLOADS(T, P)                                                              \
+    CIMValue::CIMValue(P x) : _rep(_makeScalar(x)) {}                                              \
+    CIMValue::CIMValue(const Array<T>& x) : _rep(_makeArray(x)) {}                                 \
+    void CIMValue::set(P x)                                                                        \
+    {                                                                                              \
+        _rep = _makeScalar(x);                                                                     \
+    }                                                                                              \
+    void CIMValue::set(const Array<T>& x)                                                          \
+    {                                                                                              \
+        _rep = _makeArray(x);                                                                      \
+    }                                                                                              \
+    void CIMValue::get(T& x) const                                                                 \
+    {                                                                                              \
+        _getScalar(*_rep, x);                                                                      \
+    }                                                                                              \
+    void CIMValue::get(Array<T>& x) const                                                          \
+    {                                                                                              \
+        _getArray(*_rep, x);                                                                       \
     }
 
 ORV_SDK_VALUE_OVERLOADS(Boolean, Boolean)
@@ -360,9 +354,7 @@ ORV_SDK_VALUE_OVERLOADS(CIMObject, const CIMObject&)
 ORV_SDK_VALUE_OVERLOADS(CIMInstance, const CIMInstance&)
 #undef ORV_SDK_VALUE_OVERLOADS
 
-CIMValue::CIMValue(const char* x) : _rep(_makeScalar(String(x)))
-{
-}
+CIMValue::CIMValue(const char* x) : _rep(_makeScalar(String(x))) {}
 
 void CIMValue::set(const char* x)
 {
@@ -371,9 +363,7 @@ void CIMValue::set(const char* x)
 
 CIMValue::CIMValue(const CIMValue& x) = default;
 
-CIMValue::~CIMValue()
-{
-}
+CIMValue::~CIMValue() {}
 
 CIMValue& CIMValue::operator=(const CIMValue& x) = default;
 
@@ -441,7 +431,8 @@ Boolean CIMValue::equal(const CIMValue& x) const
         return true;
     }
     return std::visit(
-        [&x](const auto& a) {
+        [&x](const auto& a)
+        {
             using A = std::decay_t<decltype(a)>;
             return _arraysEqual(a, std::get<A>(x._rep->data));
         },
@@ -456,7 +447,8 @@ String CIMValue::toString() const
     }
     Boolean array = _rep->isArray;
     return std::visit(
-        [array](const auto& a) {
+        [array](const auto& a)
+        {
             String out;
             for (Uint32 i = 0; i < a.size(); i++)
             {

@@ -8,23 +8,15 @@ void ArrayThrowIndexOutOfBoundsException()
     throw IndexOutOfBoundsException();
 }
 
-Exception::Exception()
-{
-}
+Exception::Exception() {}
 
-Exception::Exception(const String& message) : _message(message)
-{
-}
+Exception::Exception(const String& message) : _message(message) {}
 
 Exception::Exception(const Exception& exception) = default;
 
-Exception::Exception(const MessageLoaderParms& msgParms) : _message(msgParms.toString())
-{
-}
+Exception::Exception(const MessageLoaderParms& msgParms) : _message(msgParms.toString()) {}
 
-Exception::~Exception()
-{
-}
+Exception::~Exception() {}
 
 Exception& Exception::operator=(const Exception& exception) = default;
 
@@ -33,9 +25,7 @@ const String& Exception::getMessage() const
     return _message;
 }
 
-IndexOutOfBoundsException::IndexOutOfBoundsException() : Exception("index out of bounds")
-{
-}
+IndexOutOfBoundsException::IndexOutOfBoundsException() : Exception("index out of bounds") {}
 
 AlreadyExistsException::AlreadyExistsException(const String& message)
     : Exception("object already exists: " + message)
@@ -67,14 +57,9 @@ InvalidNamespaceNameException::InvalidNamespaceNameException(MessageLoaderParms&
 {
 }
 
-UninitializedObjectException::UninitializedObjectException()
-    : Exception("uninitialized object")
-{
-}
+UninitializedObjectException::UninitializedObjectException() : Exception("uninitialized object") {}
 
-TypeMismatchException::TypeMismatchException() : Exception("type mismatch")
-{
-}
+TypeMismatchException::TypeMismatchException() : Exception("type mismatch") {}
 
 TypeMismatchException::TypeMismatchException(const String& message)
     : Exception("type mismatch: " + message)
@@ -86,9 +71,7 @@ TypeMismatchException::TypeMismatchException(MessageLoaderParms& msgParms)
 {
 }
 
-DynamicCastFailedException::DynamicCastFailedException() : Exception("dynamic cast failed")
-{
-}
+DynamicCastFailedException::DynamicCastFailedException() : Exception("dynamic cast failed") {}
 
 InvalidDateTimeFormatException::InvalidDateTimeFormatException()
     : Exception("invalid datetime format")
@@ -135,35 +118,21 @@ InvalidLocatorException::InvalidLocatorException(MessageLoaderParms& msgParms)
 {
 }
 
-CannotCreateSocketException::CannotCreateSocketException()
-    : Exception("Cannot create socket")
+CannotCreateSocketException::CannotCreateSocketException() : Exception("Cannot create socket") {}
+
+CannotConnectException::CannotConnectException(const String& message) : Exception(message) {}
+
+CannotConnectException::CannotConnectException(MessageLoaderParms& msgParms) : Exception(msgParms)
 {
 }
 
-CannotConnectException::CannotConnectException(const String& message) : Exception(message)
-{
-}
+AlreadyConnectedException::AlreadyConnectedException() : Exception("already connected") {}
 
-CannotConnectException::CannotConnectException(MessageLoaderParms& msgParms)
-    : Exception(msgParms)
-{
-}
+NotConnectedException::NotConnectedException() : Exception("not connected") {}
 
-AlreadyConnectedException::AlreadyConnectedException() : Exception("already connected")
-{
-}
+ConnectionTimeoutException::ConnectionTimeoutException() : Exception("connection timed out") {}
 
-NotConnectedException::NotConnectedException() : Exception("not connected")
-{
-}
-
-ConnectionTimeoutException::ConnectionTimeoutException() : Exception("connection timed out")
-{
-}
-
-SSLException::SSLException(const String& message) : Exception("SSL Exception: " + message)
-{
-}
+SSLException::SSLException(const String& message) : Exception("SSL Exception: " + message) {}
 
 SSLException::SSLException(MessageLoaderParms& msgParms)
     : Exception("SSL Exception: " + msgParms.toString())
@@ -188,9 +157,7 @@ CIMException::CIMException(const CIMException& cimException) = default;
 
 CIMException& CIMException::operator=(const CIMException& cimException) = default;
 
-CIMException::~CIMException()
-{
-}
+CIMException::~CIMException() {}
 
 CIMStatusCode CIMException::getCode() const
 {

@@ -24,41 +24,23 @@ String _print(const char* format, ...)
 
 const Formatter::Arg Formatter::DEFAULT_ARG;
 
-Formatter::Arg::Arg() : _null(true)
-{
-}
+Formatter::Arg::Arg() : _null(true) {}
 
-Formatter::Arg::Arg(const String& x) : _null(false), _text(x)
-{
-}
+Formatter::Arg::Arg(const String& x) : _null(false), _text(x) {}
 
-Formatter::Arg::Arg(const char* x) : _null(false), _text(x ? x : "")
-{
-}
+Formatter::Arg::Arg(const char* x) : _null(false), _text(x ? x : "") {}
 
-Formatter::Arg::Arg(Boolean x) : _null(false), _text(x ? "true" : "false")
-{
-}
+Formatter::Arg::Arg(Boolean x) : _null(false), _text(x ? "true" : "false") {}
 
-Formatter::Arg::Arg(Sint32 x) : _null(false), _text(_print("%d", x))
-{
-}
+Formatter::Arg::Arg(Sint32 x) : _null(false), _text(_print("%d", x)) {}
 
-Formatter::Arg::Arg(Uint32 x) : _null(false), _text(_print("%u", x))
-{
-}
+Formatter::Arg::Arg(Uint32 x) : _null(false), _text(_print("%u", x)) {}
 
-Formatter::Arg::Arg(Sint64 x) : _null(false), _text(_print("%lld", x))
-{
-}
+Formatter::Arg::Arg(Sint64 x) : _null(false), _text(_print("%lld", x)) {}
 
-Formatter::Arg::Arg(Uint64 x) : _null(false), _text(_print("%llu", x))
-{
-}
+Formatter::Arg::Arg(Uint64 x) : _null(false), _text(_print("%llu", x)) {}
 
-Formatter::Arg::Arg(Real64 x) : _null(false), _text(_print("%g", x))
-{
-}
+Formatter::Arg::Arg(Real64 x) : _null(false), _text(_print("%g", x)) {}
 
 Boolean Formatter::Arg::isNull() const
 {
@@ -85,8 +67,7 @@ String Formatter::format(const String& formatString, const Arg& arg0, const Arg&
             result.append(Char16('$'));
             i++;
         }
-        else if (c == '$' && i + 1 < n && formatString[i + 1] >= '0' &&
-                 formatString[i + 1] <= '9')
+        else if (c == '$' && i + 1 < n && formatString[i + 1] >= '0' && formatString[i + 1] <= '9')
         {
             result.append(args[formatString[i + 1] - '0']->toString());
             i++;

@@ -4,9 +4,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-NullPointer::NullPointer() : Exception("null pointer")
-{
-}
+NullPointer::NullPointer() : Exception("null pointer") {}
 
 UndeclaredQualifier::UndeclaredQualifier(const String& qualifierName)
     : Exception("undeclared qualifier: " + qualifierName)
@@ -38,17 +36,11 @@ NoSuchProperty::NoSuchProperty(const String& propertyName)
 {
 }
 
-NoSuchFile::NoSuchFile(const String& fileName) : Exception("no such file: " + fileName)
-{
-}
+NoSuchFile::NoSuchFile(const String& fileName) : Exception("no such file: " + fileName) {}
 
-CannotOpenFile::CannotOpenFile(const String& path) : Exception("cannot open file: " + path)
-{
-}
+CannotOpenFile::CannotOpenFile(const String& path) : Exception("cannot open file: " + path) {}
 
-NotImplemented::NotImplemented(const String& method) : Exception("not implemented: " + method)
-{
-}
+NotImplemented::NotImplemented(const String& method) : Exception("not implemented: " + method) {}
 
 TraceableCIMException::TraceableCIMException(CIMStatusCode code, const String& message,
                                              const String& file, Uint32 line)
@@ -58,8 +50,7 @@ TraceableCIMException::TraceableCIMException(CIMStatusCode code, const String& m
     _line = line;
 }
 
-TraceableCIMException::TraceableCIMException(CIMStatusCode code,
-                                             const MessageLoaderParms& parms,
+TraceableCIMException::TraceableCIMException(CIMStatusCode code, const MessageLoaderParms& parms,
                                              const String& file, Uint32 line)
     : CIMException(code, parms)
 {

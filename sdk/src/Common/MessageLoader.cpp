@@ -2,9 +2,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-MessageLoaderParms::MessageLoaderParms()
-{
-}
+MessageLoaderParms::MessageLoaderParms() {}
 
 MessageLoaderParms::MessageLoaderParms(const String& id, const String& msg)
     : msg_id(id), default_msg(msg)

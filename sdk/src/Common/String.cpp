@@ -151,13 +151,9 @@ const Char16 _emptyData[1] = {Char16()};
 // CString
 //
 
-CString::CString() : _rep(nullptr)
-{
-}
+CString::CString() : _rep(nullptr) {}
 
-CString::CString(char* cstr) : _rep(cstr)
-{
-}
+CString::CString(char* cstr) : _rep(cstr) {}
 
 CString::CString(const CString& cstr) : _rep(nullptr)
 {
@@ -195,15 +191,11 @@ CString::operator const char*() const
 
 const String String::EMPTY;
 
-String::String()
-{
-}
+String::String() {}
 
 String::String(const String& str) = default;
 
-String::String(String&& str) noexcept : _rep(std::move(str._rep))
-{
-}
+String::String(String&& str) noexcept : _rep(std::move(str._rep)) {}
 
 String::String(const String& str, Uint32 n)
 {
@@ -246,9 +238,7 @@ String::String(const char* s1, const String& s2) : String(s1)
     append(s2);
 }
 
-String::~String()
-{
-}
+String::~String() {}
 
 String& String::operator=(const String& str) = default;
 

@@ -48,9 +48,9 @@ void inheritQualifiers(Target& target, Source& inherited, const String& where)
             if (!q.getFlavor().hasFlavor(CIMFlavor::ENABLEOVERRIDE) &&
                 !target.getQualifier(own).getValue().equal(q.getValue()))
             {
-                throw CIMException(CIM_ERR_INVALID_PARAMETER,
-                                   "qualifier " + q.getName().getString() + " of " + where +
-                                       " cannot be overridden");
+                throw CIMException(CIM_ERR_INVALID_PARAMETER, "qualifier " +
+                                                                  q.getName().getString() + " of " +
+                                                                  where + " cannot be overridden");
             }
             continue;
         }
@@ -109,8 +109,8 @@ ClassRepository::~ClassRepository() = default;
 
 // ---------------------------------------------------------------- namespaces
 
-const ClassRepository::Namespace* ClassRepository::_findNamespace(
-    const CIMNamespaceName& nameSpace) const
+const ClassRepository::Namespace*
+ClassRepository::_findNamespace(const CIMNamespaceName& nameSpace) const
 {
     if (nameSpace.isNull())
     {
@@ -120,8 +120,8 @@ const ClassRepository::Namespace* ClassRepository::_findNamespace(
     return it == _namespaces.end() ? nullptr : &it->second;
 }
 
-const ClassRepository::Namespace& ClassRepository::_namespace(
-    const CIMNamespaceName& nameSpace) const
+const ClassRepository::Namespace&
+ClassRepository::_namespace(const CIMNamespaceName& nameSpace) const
 {
     const Namespace* ns = _findNamespace(nameSpace);
     if (!ns)
@@ -132,8 +132,7 @@ const ClassRepository::Namespace& ClassRepository::_namespace(
     return *ns;
 }
 
-ClassRepository::Namespace& ClassRepository::_namespaceForUpdate(
-    const CIMNamespaceName& nameSpace)
+ClassRepository::Namespace& ClassRepository::_namespaceForUpdate(const CIMNamespaceName& nameSpace)
 {
     if (nameSpace.isNull())
     {
@@ -345,8 +344,8 @@ const ClassRepository::ClassEntry& ClassRepository::_entry(const Namespace& ns,
                                                            const CIMName& className,
                                                            CIMStatusCode codeIfMissing) const
 {
-    auto it = className.isNull() ? ns.classes.end()
-                                 : ns.classes.find(lowerKey(className.getString()));
+    auto it =
+        className.isNull() ? ns.classes.end() : ns.classes.find(lowerKey(className.getString()));
     if (it == ns.classes.end())
     {
         throw CIMException(codeIfMissing,
@@ -481,9 +480,8 @@ Array<CIMName> ClassRepository::enumerateClassNames(const CIMNamespaceName& name
 }
 
 Array<CIMClass> ClassRepository::enumerateClasses(const CIMNamespaceName& nameSpace,
-                                                  const CIMName& className,
-                                                  Boolean deepInheritance, Boolean localOnly,
-                                                  Boolean includeQualifiers,
+                                                  const CIMName& className, Boolean deepInheritance,
+                                                  Boolean localOnly, Boolean includeQualifiers,
                                                   Boolean includeClassOrigin) const
 {
     Array<CIMName> names = enumerateClassNames(nameSpace, className, deepInheritance);
@@ -561,13 +559,14 @@ CIMQualifierDecl ClassRepository::getQualifierDecl(const CIMNamespaceName& nameS
     CIMQualifierDecl d = findQualifierDecl(nameSpace, name);
     if (d.isUninitialized())
     {
-        throw CIMException(CIM_ERR_NOT_FOUND, name.isNull() ? String("(no name)") : name.getString());
+        throw CIMException(CIM_ERR_NOT_FOUND,
+                           name.isNull() ? String("(no name)") : name.getString());
     }
     return d;
 }
 
-Array<CIMQualifierDecl> ClassRepository::enumerateQualifierDecls(
-    const CIMNamespaceName& nameSpace) const
+Array<CIMQualifierDecl>
+ClassRepository::enumerateQualifierDecls(const CIMNamespaceName& nameSpace) const
 {
     const Namespace& ns = _namespace(nameSpace);
     Array<CIMQualifierDecl> out;

@@ -30,12 +30,12 @@ struct Literal
 
     Kind kind = NONE;
     int line = 0;
-    bool negative = false;       // INTEGER: sign, magnitude kept apart so sint64 min fits
-    std::uint64_t magnitude = 0; // INTEGER
-    double real = 0.0;           // REAL
-    std::string text;            // STRING (UTF-8), ALIAS name without '$'
-    std::uint16_t character = 0; // CHAR
-    bool boolean = false;        // BOOLEAN
+    bool negative = false;         // INTEGER: sign, magnitude kept apart so sint64 min fits
+    std::uint64_t magnitude = 0;   // INTEGER
+    double real = 0.0;             // REAL
+    std::string text;              // STRING (UTF-8), ALIAS name without '$'
+    std::uint16_t character = 0;   // CHAR
+    bool boolean = false;          // BOOLEAN
     std::vector<Literal> elements; // ARRAY
 
     bool isNone() const

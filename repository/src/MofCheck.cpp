@@ -23,7 +23,8 @@ const char* const usage =
     "Compiles the files in order into a scratch class repository (default namespace root/orv).\n"
     "A manifest lists \"<namespace-or-registration> <path>\" per line, paths relative to --root\n"
     "(default: the manifest's parent directory's parent); registration MOF goes into\n"
-    "root/PG_InterOp after --interop-mof (default <root>/host/om/mof/PG_ProviderRegistration.mof).\n"
+    "root/PG_InterOp after --interop-mof (default "
+    "<root>/host/om/mof/PG_ProviderRegistration.mof).\n"
     "Exit status 0 when everything compiles, 1 on a MOF error, 2 on bad usage.\n";
 
 std::string text(const String& s)

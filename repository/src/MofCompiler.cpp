@@ -71,11 +71,11 @@ struct TypeName
 };
 
 const TypeName typeNames[] = {
-    {"boolean", CIMTYPE_BOOLEAN}, {"string", CIMTYPE_STRING},     {"char16", CIMTYPE_CHAR16},
-    {"datetime", CIMTYPE_DATETIME}, {"uint8", CIMTYPE_UINT8},     {"sint8", CIMTYPE_SINT8},
-    {"uint16", CIMTYPE_UINT16},   {"sint16", CIMTYPE_SINT16},     {"uint32", CIMTYPE_UINT32},
-    {"sint32", CIMTYPE_SINT32},   {"uint64", CIMTYPE_UINT64},     {"sint64", CIMTYPE_SINT64},
-    {"real32", CIMTYPE_REAL32},   {"real64", CIMTYPE_REAL64},     {"ref", CIMTYPE_REFERENCE},
+    {"boolean", CIMTYPE_BOOLEAN},   {"string", CIMTYPE_STRING}, {"char16", CIMTYPE_CHAR16},
+    {"datetime", CIMTYPE_DATETIME}, {"uint8", CIMTYPE_UINT8},   {"sint8", CIMTYPE_SINT8},
+    {"uint16", CIMTYPE_UINT16},     {"sint16", CIMTYPE_SINT16}, {"uint32", CIMTYPE_UINT32},
+    {"sint32", CIMTYPE_SINT32},     {"uint64", CIMTYPE_UINT64}, {"sint64", CIMTYPE_SINT64},
+    {"real32", CIMTYPE_REAL32},     {"real64", CIMTYPE_REAL64}, {"ref", CIMTYPE_REFERENCE},
 };
 
 CIMType typeOf(const std::string& name)
@@ -283,8 +283,8 @@ public:
     {
     }
 
-    template <class IncludeFn> void run(const std::vector<mof::Production>& productions,
-                                        IncludeFn include)
+    template <class IncludeFn>
+    void run(const std::vector<mof::Production>& productions, IncludeFn include)
     {
         for (const mof::Production& p : productions)
         {
@@ -496,82 +496,95 @@ private:
         switch (type)
         {
         case CIMTYPE_BOOLEAN:
-            return _typed<Boolean>(l, isArray, [&](const Literal& e) {
-                if (e.kind != Literal::BOOLEAN)
-                    _wrongValue(e, type, isArray);
-                return Boolean(e.boolean);
-            });
+            return _typed<Boolean>(l, isArray,
+                                   [&](const Literal& e)
+                                   {
+                                       if (e.kind != Literal::BOOLEAN)
+                                           _wrongValue(e, type, isArray);
+                                       return Boolean(e.boolean);
+                                   });
         case CIMTYPE_UINT8:
-            return _typed<Uint8>(l, isArray, [&](const Literal& e) {
-                return _integer<Uint8>(e, type, isArray, 0, 255);
-            });
+            return _typed<Uint8>(l, isArray,
+                                 [&](const Literal& e)
+                                 { return _integer<Uint8>(e, type, isArray, 0, 255); });
         case CIMTYPE_SINT8:
-            return _typed<Sint8>(l, isArray, [&](const Literal& e) {
-                return _integer<Sint8>(e, type, isArray, -128, 127);
-            });
+            return _typed<Sint8>(l, isArray,
+                                 [&](const Literal& e)
+                                 { return _integer<Sint8>(e, type, isArray, -128, 127); });
         case CIMTYPE_UINT16:
-            return _typed<Uint16>(l, isArray, [&](const Literal& e) {
-                return _integer<Uint16>(e, type, isArray, 0, 65535);
-            });
+            return _typed<Uint16>(l, isArray,
+                                  [&](const Literal& e)
+                                  { return _integer<Uint16>(e, type, isArray, 0, 65535); });
         case CIMTYPE_SINT16:
-            return _typed<Sint16>(l, isArray, [&](const Literal& e) {
-                return _integer<Sint16>(e, type, isArray, -32768, 32767);
-            });
+            return _typed<Sint16>(l, isArray,
+                                  [&](const Literal& e)
+                                  { return _integer<Sint16>(e, type, isArray, -32768, 32767); });
         case CIMTYPE_UINT32:
-            return _typed<Uint32>(l, isArray, [&](const Literal& e) {
-                return _integer<Uint32>(e, type, isArray, 0, 4294967295.0L);
-            });
+            return _typed<Uint32>(l, isArray,
+                                  [&](const Literal& e)
+                                  { return _integer<Uint32>(e, type, isArray, 0, 4294967295.0L); });
         case CIMTYPE_SINT32:
-            return _typed<Sint32>(l, isArray, [&](const Literal& e) {
-                return _integer<Sint32>(e, type, isArray, -2147483648.0L, 2147483647.0L);
-            });
+            return _typed<Sint32>(
+                l, isArray,
+                [&](const Literal& e)
+                { return _integer<Sint32>(e, type, isArray, -2147483648.0L, 2147483647.0L); });
         case CIMTYPE_UINT64:
-            return _typed<Uint64>(l, isArray, [&](const Literal& e) {
-                return _integer<Uint64>(e, type, isArray, 0, 18446744073709551615.0L);
-            });
+            return _typed<Uint64>(
+                l, isArray,
+                [&](const Literal& e)
+                { return _integer<Uint64>(e, type, isArray, 0, 18446744073709551615.0L); });
         case CIMTYPE_SINT64:
-            return _typed<Sint64>(l, isArray, [&](const Literal& e) {
-                return _integer<Sint64>(e, type, isArray, -9223372036854775808.0L,
-                                        9223372036854775807.0L);
-            });
+            return _typed<Sint64>(l, isArray,
+                                  [&](const Literal& e) {
+                                      return _integer<Sint64>(e, type, isArray,
+                                                              -9223372036854775808.0L,
+                                                              9223372036854775807.0L);
+                                  });
         case CIMTYPE_REAL32:
-            return _typed<Real32>(l, isArray, [&](const Literal& e) {
-                return static_cast<Real32>(_real(e, type, isArray));
-            });
+            return _typed<Real32>(l, isArray,
+                                  [&](const Literal& e)
+                                  { return static_cast<Real32>(_real(e, type, isArray)); });
         case CIMTYPE_REAL64:
             return _typed<Real64>(l, isArray,
                                   [&](const Literal& e) { return _real(e, type, isArray); });
         case CIMTYPE_CHAR16:
-            return _typed<Char16>(l, isArray, [&](const Literal& e) {
-                if (e.kind == Literal::CHAR)
-                    return Char16(e.character);
-                if (e.kind == Literal::STRING)
-                {
-                    String s(e.text.c_str());
-                    if (s.size() == 1)
-                        return s[0];
-                }
-                _wrongValue(e, type, isArray);
-            });
+            return _typed<Char16>(l, isArray,
+                                  [&](const Literal& e)
+                                  {
+                                      if (e.kind == Literal::CHAR)
+                                          return Char16(e.character);
+                                      if (e.kind == Literal::STRING)
+                                      {
+                                          String s(e.text.c_str());
+                                          if (s.size() == 1)
+                                              return s[0];
+                                      }
+                                      _wrongValue(e, type, isArray);
+                                  });
         case CIMTYPE_STRING:
-            return _typed<String>(l, isArray, [&](const Literal& e) {
-                if (e.kind != Literal::STRING)
-                    _wrongValue(e, type, isArray);
-                return String(e.text.c_str());
-            });
+            return _typed<String>(l, isArray,
+                                  [&](const Literal& e)
+                                  {
+                                      if (e.kind != Literal::STRING)
+                                          _wrongValue(e, type, isArray);
+                                      return String(e.text.c_str());
+                                  });
         case CIMTYPE_DATETIME:
-            return _typed<CIMDateTime>(l, isArray, [&](const Literal& e) {
-                if (e.kind != Literal::STRING)
-                    _wrongValue(e, type, isArray);
-                try
-                {
-                    return CIMDateTime(String(e.text.c_str()));
-                }
-                catch (Exception&)
-                {
-                    _fail(e.line, "expected a datetime value, found \"" + e.text + "\"");
-                }
-            });
+            return _typed<CIMDateTime>(l, isArray,
+                                       [&](const Literal& e)
+                                       {
+                                           if (e.kind != Literal::STRING)
+                                               _wrongValue(e, type, isArray);
+                                           try
+                                           {
+                                               return CIMDateTime(String(e.text.c_str()));
+                                           }
+                                           catch (Exception&)
+                                           {
+                                               _fail(e.line, "expected a datetime value, found \"" +
+                                                                 e.text + "\"");
+                                           }
+                                       });
         case CIMTYPE_REFERENCE:
             return _typed<CIMObjectPath>(l, isArray,
                                          [&](const Literal& e) { return _reference(e, isArray); });
@@ -585,7 +598,8 @@ private:
     QualifierInfo _qualifierInfo(const mof::QualifierNode& q)
     {
         QualifierInfo info;
-        CIMQualifierDecl decl = _repo.findQualifierDecl(_ns, _name(q.name, q.line, "qualifier name"));
+        CIMQualifierDecl decl =
+            _repo.findQualifierDecl(_ns, _name(q.name, q.line, "qualifier name"));
         if (!decl.isUninitialized())
         {
             info.type = decl.getType();
@@ -687,7 +701,8 @@ private:
             {
                 applyFlavor(flavor, f);
             }
-            target.addQualifier(CIMQualifier(_name(q.name, q.line, "qualifier name"), value, flavor));
+            target.addQualifier(
+                CIMQualifier(_name(q.name, q.line, "qualifier name"), value, flavor));
         }
     }
 
@@ -742,8 +757,8 @@ private:
         CIMName className = _name(c.name, c.line, "class name");
         if (_repo.classExists(_ns, className))
         {
-            _fail(c.line, "class " + c.name + " is already defined in namespace " +
-                              text(_ns.getString()));
+            _fail(c.line,
+                  "class " + c.name + " is already defined in namespace " + text(_ns.getString()));
         }
         CIMName superName;
         bool superIsAssociation = false;
@@ -753,8 +768,8 @@ private:
             superName = _name(c.superClass, c.line, "superclass name");
             if (!_repo.classExists(_ns, superName))
             {
-                _fail(c.line, "superclass " + c.superClass + " of class " + c.name +
-                                  " is not defined");
+                _fail(c.line,
+                      "superclass " + c.superClass + " of class " + c.name + " is not defined");
             }
             CIMClass super = _repo.getClass(_ns, superName, false, true, false, CIMPropertyList());
             superIsAssociation = super.isAssociation();
@@ -766,8 +781,10 @@ private:
         Element classElement;
         classElement.scope = CIMScope::CLASS;
         classElement.description = "class " + c.name;
-        classElement.isAssociation = superIsAssociation || _booleanQualifier(c.qualifiers, "Association");
-        classElement.isIndication = superIsIndication || _booleanQualifier(c.qualifiers, "Indication");
+        classElement.isAssociation =
+            superIsAssociation || _booleanQualifier(c.qualifiers, "Association");
+        classElement.isIndication =
+            superIsIndication || _booleanQualifier(c.qualifiers, "Indication");
         _addQualifiers(cls, c.qualifiers, classElement);
 
         std::set<std::string> names;
@@ -854,8 +871,7 @@ private:
                 _fail(v.line, "property " + v.name + " is set twice");
             }
             CIMProperty decl = cls.getProperty(pos);
-            CIMValue value =
-                _value(v.value, decl.getType(), decl.isArray(), decl.getArraySize());
+            CIMValue value = _value(v.value, decl.getType(), decl.isArray(), decl.getArraySize());
             instance.addProperty(CIMProperty(decl.getName(), value, decl.getArraySize(),
                                              decl.getReferenceClassName(), decl.getClassOrigin(),
                                              false));
@@ -931,9 +947,7 @@ private:
 
 } // namespace
 
-MofCompiler::MofCompiler(ClassRepository& repository) : _repository(repository)
-{
-}
+MofCompiler::MofCompiler(ClassRepository& repository) : _repository(repository) {}
 
 void MofCompiler::compileFile(const std::string& path, const CIMNamespaceName& defaultNs)
 {
@@ -964,20 +978,23 @@ void MofCompiler::_compile(const std::string& content, const std::string& source
     }
     std::vector<mof::Production> productions = mof::parseMof(content, sourceName);
     Unit unit(_repository, _instances, _aliases, sourceName, ns, _classCount, _qualifierDeclCount);
-    unit.run(productions, [&](const std::string& file, int line, const CIMNamespaceName& current) {
-        if (depth + 1 >= maxIncludeDepth)
-        {
-            throw MofError(sourceName, line,
-                           "includes nested too deeply (does a file include itself?)");
-        }
-        std::string path = !file.empty() && file[0] == '/' ? file : directoryOf(sourceName) + file;
-        std::string included;
-        if (!readFile(path, included))
-        {
-            throw MofError(sourceName, line, "cannot open included file '" + path + "'");
-        }
-        _compile(included, path, current, depth + 1);
-    });
+    unit.run(productions,
+             [&](const std::string& file, int line, const CIMNamespaceName& current)
+             {
+                 if (depth + 1 >= maxIncludeDepth)
+                 {
+                     throw MofError(sourceName, line,
+                                    "includes nested too deeply (does a file include itself?)");
+                 }
+                 std::string path =
+                     !file.empty() && file[0] == '/' ? file : directoryOf(sourceName) + file;
+                 std::string included;
+                 if (!readFile(path, included))
+                 {
+                     throw MofError(sourceName, line, "cannot open included file '" + path + "'");
+                 }
+                 _compile(included, path, current, depth + 1);
+             });
 }
 
 } // namespace cimrepo

@@ -85,9 +85,7 @@ void appendUtf8(std::string& out, unsigned code)
 class Lexer
 {
 public:
-    Lexer(const std::string& text, const std::string& file) : _text(text), _file(file)
-    {
-    }
+    Lexer(const std::string& text, const std::string& file) : _text(text), _file(file) {}
 
     Token next()
     {
@@ -397,7 +395,8 @@ private:
         if (isIdentChar(_at(_pos)))
         {
             throw MofError(_file, t.line,
-                           "expected a number, found '" + _text.substr(digitsStart, _pos + 1 - digitsStart) + "'");
+                           "expected a number, found '" +
+                               _text.substr(digitsStart, _pos + 1 - digitsStart) + "'");
         }
         std::uint64_t value = 0;
         for (char d : digits)
@@ -472,8 +471,8 @@ const char* const intrinsicTypes[] = {"boolean", "string", "char16", "datetime",
 const char* const flavorNames[] = {"EnableOverride", "DisableOverride", "Restricted",
                                    "ToSubclass",     "ToInstance",      "Translatable"};
 
-const char* const scopeNames[] = {"class",    "association", "indication", "qualifier", "property",
-                                  "reference", "method",     "parameter",  "any"};
+const char* const scopeNames[] = {"class",     "association", "indication", "qualifier", "property",
+                                  "reference", "method",      "parameter",  "any"};
 
 template <std::size_t N> const char* findNoCase(const char* const (&names)[N], const std::string& s)
 {
@@ -724,7 +723,8 @@ private:
         std::vector<std::string> out;
         do
         {
-            const char* f = _tok.kind == Token::IDENT ? findNoCase(flavorNames, _tok.text) : nullptr;
+            const char* f =
+                _tok.kind == Token::IDENT ? findNoCase(flavorNames, _tok.text) : nullptr;
             if (!f)
             {
                 _expected("a flavor");

@@ -120,8 +120,11 @@ TEST(ClassRepository, SubclassCarriesInheritedFeaturesWithOriginAndPropagation)
         const char* property;
         const char* origin;
         bool propagated;
-    } cases[] = {{"Id", "Base", true},      {"Name", "Middle", true}, {"Count", "Leaf", false},
-                 {"Extra", "Middle", true}, {"Own", "Leaf", false}};
+    } cases[] = {{"Id", "Base", true},
+                 {"Name", "Middle", true},
+                 {"Count", "Leaf", false},
+                 {"Extra", "Middle", true},
+                 {"Own", "Leaf", false}};
     for (const Case& c : cases)
     {
         CIMProperty p = prop(leaf, c.property);
@@ -157,10 +160,8 @@ TEST(ClassRepository, SubclassCarriesInheritedFeaturesWithOriginAndPropagation)
     CIMMethod reset = leaf.getMethod(leaf.findMethod(CIMName("Reset")));
     EXPECT_EQ("Leaf", str(reset.getClassOrigin().getString()));
     EXPECT_FALSE(reset.getPropagated());
-    EXPECT_EQ("Base", str(r.get("Other", false, true, true)
-                              .getMethod(0)
-                              .getClassOrigin()
-                              .getString()));
+    EXPECT_EQ("Base",
+              str(r.get("Other", false, true, true).getMethod(0).getClassOrigin().getString()));
 }
 
 TEST(ClassRepository, ClassQualifiersPropagateByFlavor)
@@ -191,7 +192,7 @@ TEST(ClassRepository, GetClassFlags)
         bool includeQualifiers;
         bool includeClassOrigin;
         std::set<std::string> properties;
-        bool classQualifiers;  // Description present on the class
+        bool classQualifiers;    // Description present on the class
         bool propertyQualifiers; // Key present on Id / Units on Count
         bool methodPresent;
     } cases[] = {
@@ -203,9 +204,9 @@ TEST(ClassRepository, GetClassFlags)
     };
     for (const Case& c : cases)
     {
-        SCOPED_TRACE(testing::Message() << "localOnly=" << c.localOnly
-                                        << " includeQualifiers=" << c.includeQualifiers
-                                        << " includeClassOrigin=" << c.includeClassOrigin);
+        SCOPED_TRACE(testing::Message()
+                     << "localOnly=" << c.localOnly << " includeQualifiers=" << c.includeQualifiers
+                     << " includeClassOrigin=" << c.includeClassOrigin);
         CIMClass leaf = r.get("Leaf", c.localOnly, c.includeQualifiers, c.includeClassOrigin);
         EXPECT_EQ(c.properties, propertyNames(leaf));
         // Leaf's Description is inherited from Middle, so localOnly drops it.
@@ -284,7 +285,8 @@ TEST(ClassRepository, EnumerationAndSubclassQueries)
     ASSERT_EQ(5u, ordered.size());
     EXPECT_EQ("Base", str(ordered[0].getString())); // definition order
 
-    Array<CIMClass> classes = r.repo.enumerateClasses(ns, CIMName("Middle"), true, true, false, false);
+    Array<CIMClass> classes =
+        r.repo.enumerateClasses(ns, CIMName("Middle"), true, true, false, false);
     ASSERT_EQ(2u, classes.size());
     EXPECT_EQ((std::set<std::string>{"Own", "Count"}), propertyNames(classes[0]));
     EXPECT_EQ(0u, classes[0].getQualifierCount());
@@ -294,7 +296,8 @@ TEST(ClassRepository, EnumerationAndSubclassQueries)
     EXPECT_FALSE(r.repo.isSubClassOf(ns, CIMName("Base"), CIMName("Leaf")));
     EXPECT_FALSE(r.repo.isSubClassOf(ns, CIMName("Other"), CIMName("Leaf")));
     EXPECT_FALSE(r.repo.isSubClassOf(ns, CIMName("Nope"), CIMName("Nope")));
-    EXPECT_FALSE(r.repo.isSubClassOf(CIMNamespaceName("root/none"), CIMName("Leaf"), CIMName("Leaf")));
+    EXPECT_FALSE(
+        r.repo.isSubClassOf(CIMNamespaceName("root/none"), CIMName("Leaf"), CIMName("Leaf")));
     EXPECT_TRUE(r.repo.classExists(ns, CIMName("lone")));
     EXPECT_FALSE(r.repo.classExists(CIMNamespaceName("root/none"), CIMName("Lone")));
     EXPECT_TRUE(r.repo.namespaceExists(CIMNamespaceName("ROOT/Test")));
@@ -305,7 +308,8 @@ TEST(ClassRepository, EnumerationAndSubclassQueries)
 TEST(ClassRepository, ErrorsCarryTheStatusCodesOfACimServer)
 {
     Repo r;
-    auto code = [](auto&& fn) {
+    auto code = [](auto&& fn)
+    {
         try
         {
             fn();
@@ -317,9 +321,10 @@ TEST(ClassRepository, ErrorsCarryTheStatusCodesOfACimServer)
         return CIM_ERR_SUCCESS;
     };
     const CIMNamespaceName nowhere("root/nowhere");
-    EXPECT_EQ(CIM_ERR_INVALID_NAMESPACE, code([&] {
-                  r.repo.getClass(nowhere, CIMName("Leaf"), false, true, true, CIMPropertyList());
-              }));
+    EXPECT_EQ(
+        CIM_ERR_INVALID_NAMESPACE,
+        code([&]
+             { r.repo.getClass(nowhere, CIMName("Leaf"), false, true, true, CIMPropertyList()); }));
     EXPECT_EQ(CIM_ERR_NOT_FOUND, code([&] { r.get("Nope", false, true, true); }));
     EXPECT_EQ(CIM_ERR_INVALID_NAMESPACE,
               code([&] { r.repo.enumerateClassNames(nowhere, CIMName(), true); }));
@@ -327,7 +332,8 @@ TEST(ClassRepository, ErrorsCarryTheStatusCodesOfACimServer)
               code([&] { r.repo.enumerateClassNames(ns, CIMName("Nope"), false); }));
     EXPECT_EQ(CIM_ERR_INVALID_CLASS,
               code([&] { r.repo.enumerateClasses(ns, CIMName("Nope"), true, false, true, true); }));
-    EXPECT_EQ(CIM_ERR_ALREADY_EXISTS, code([&] { r.repo.addClass(ns, CIMClass(CIMName("LEAF"))); }));
+    EXPECT_EQ(CIM_ERR_ALREADY_EXISTS,
+              code([&] { r.repo.addClass(ns, CIMClass(CIMName("LEAF"))); }));
     EXPECT_EQ(CIM_ERR_INVALID_SUPERCLASS,
               code([&] { r.repo.addClass(ns, CIMClass(CIMName("X"), CIMName("Nope"))); }));
     EXPECT_EQ(CIM_ERR_NOT_FOUND, code([&] { r.repo.getQualifierDecl(ns, CIMName("Key")); }));
@@ -343,7 +349,8 @@ TEST(ClassRepository, AddClassDerivesInheritedFeaturesItself)
 
     // A class handed in with stale inherited copies: those are derived again from the superclass.
     CIMClass sub(CIMName("S"), CIMName("b"));
-    sub.addProperty(CIMProperty(CIMName("P"), CIMValue(Uint32(9)), 0, CIMName(), CIMName("B"), true));
+    sub.addProperty(
+        CIMProperty(CIMName("P"), CIMValue(Uint32(9)), 0, CIMName(), CIMName("B"), true));
     sub.addProperty(CIMProperty(CIMName("Q"), CIMValue(String("q"))));
     repo.addClass(ns, sub);
     CIMClass s = repo.getClass(ns, CIMName("S"), false, true, true, CIMPropertyList());

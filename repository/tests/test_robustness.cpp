@@ -20,7 +20,8 @@ namespace
 
 const CIMNamespaceName ns("root/test");
 
-const char* const sample = R"(Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride);
+const char* const sample =
+    R"(Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride);
 // comment
 [Abstract, Description ("base " "class"), ValueMap {"1", "0x10"}]
 class Base
@@ -131,20 +132,23 @@ TEST(Robustness, ConcurrentReadersSeeTheSameClasses)
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t)
     {
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < 300; ++i)
+        threads.emplace_back(
+            [&, t]
             {
-                CIMClass c = repo.getClass(ns, CIMName(("Sub" + std::to_string((i + t) % 20)).c_str()),
-                                           i % 2 == 0, true, true, CIMPropertyList());
-                Uint32 want = i % 2 == 0 ? 1 : expectedProperties;
-                if (c.getPropertyCount() != want ||
-                    repo.enumerateClassNames(ns, CIMName("Base"), true).size() != 20 ||
-                    !repo.isSubClassOf(ns, c.getClassName(), CIMName("Base")))
+                for (int i = 0; i < 300; ++i)
                 {
-                    ++mismatches;
+                    CIMClass c =
+                        repo.getClass(ns, CIMName(("Sub" + std::to_string((i + t) % 20)).c_str()),
+                                      i % 2 == 0, true, true, CIMPropertyList());
+                    Uint32 want = i % 2 == 0 ? 1 : expectedProperties;
+                    if (c.getPropertyCount() != want ||
+                        repo.enumerateClassNames(ns, CIMName("Base"), true).size() != 20 ||
+                        !repo.isSubClassOf(ns, c.getClassName(), CIMName("Base")))
+                    {
+                        ++mismatches;
+                    }
                 }
-            }
-        });
+            });
     }
     for (std::thread& th : threads)
     {

@@ -75,7 +75,8 @@ TEST(SchemaFiles, DeclaredQualifiersMatchTheBuiltInDefaults)
         // Without declarations the compiler falls back to its own table: it must agree.
         ClassRepository bare;
         MofCompiler compiler(bare);
-        compiler.compileString("class C { [" + name + sampleValue(d) + "] string P; };", "q.mof", ns);
+        compiler.compileString("class C { [" + name + sampleValue(d) + "] string P; };", "q.mof",
+                               ns);
         CIMClass c = bare.getClass(ns, CIMName("C"), false, true, false, CIMPropertyList());
         CIMProperty p = c.getProperty(0);
         CIMQualifier q = p.getQualifier(0);

@@ -65,17 +65,15 @@ public:
 
     /// With a null className: the root classes, or every class when deepInheritance. Otherwise the
     /// direct subclasses, or all descendants when deepInheritance. In the order of definition.
-    Pegasus::Array<Pegasus::CIMName> enumerateClassNames(
-        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className,
-        Pegasus::Boolean deepInheritance) const;
+    Pegasus::Array<Pegasus::CIMName> enumerateClassNames(const Pegasus::CIMNamespaceName& nameSpace,
+                                                         const Pegasus::CIMName& className,
+                                                         Pegasus::Boolean deepInheritance) const;
 
     /// The classes that enumerateClassNames names, each filtered as getClass does.
-    Pegasus::Array<Pegasus::CIMClass> enumerateClasses(const Pegasus::CIMNamespaceName& nameSpace,
-                                                       const Pegasus::CIMName& className,
-                                                       Pegasus::Boolean deepInheritance,
-                                                       Pegasus::Boolean localOnly,
-                                                       Pegasus::Boolean includeQualifiers,
-                                                       Pegasus::Boolean includeClassOrigin) const;
+    Pegasus::Array<Pegasus::CIMClass>
+    enumerateClasses(const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className,
+                     Pegasus::Boolean deepInheritance, Pegasus::Boolean localOnly,
+                     Pegasus::Boolean includeQualifiers, Pegasus::Boolean includeClassOrigin) const;
 
     /// Same as enumerateClassNames; kept under the name the object manager's dispatch uses.
     Pegasus::Array<Pegasus::CIMName> getSubClassNames(const Pegasus::CIMNamespaceName& nameSpace,
@@ -108,8 +106,8 @@ public:
     Pegasus::CIMQualifierDecl getQualifierDecl(const Pegasus::CIMNamespaceName& nameSpace,
                                                const Pegasus::CIMName& name) const;
 
-    Pegasus::Array<Pegasus::CIMQualifierDecl> enumerateQualifierDecls(
-        const Pegasus::CIMNamespaceName& nameSpace) const;
+    Pegasus::Array<Pegasus::CIMQualifierDecl>
+    enumerateQualifierDecls(const Pegasus::CIMNamespaceName& nameSpace) const;
 
 private:
     struct ClassEntry

@@ -180,7 +180,8 @@ struct ObjectManager::Impl
     void completeInstancePath(CIMInstance& instance, const CIMNamespaceName& ns) const
     {
         CIMObjectPath path = instance.getPath();
-        if (path.getClassName().isNull() && repo.classExists(ns, instance.getClassName()))
+        bool incomplete = path.getClassName().isNull() || path.getKeyBindings().size() == 0;
+        if (incomplete && repo.classExists(ns, instance.getClassName()))
         {
             CIMClass cls = repo.getClass(ns, instance.getClassName(), false, true, false,
                                          CIMPropertyList());

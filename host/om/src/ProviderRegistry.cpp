@@ -194,8 +194,8 @@ CIMProvider* ProviderEntry::acquire(CIMOMHandle& handle, ErrorLog& errors)
         }
         catch (const CIMException& e)
         {
-            failure = "initialize failed: " + toStd(cimStatusCodeToString(e.getCode())) +
-                      ": " + toStd(e.getMessage());
+            failure = "initialize failed: " + toStd(e.getMessage()) + " (CIM status " +
+                      std::to_string(static_cast<int>(e.getCode())) + ")";
         }
         catch (const Exception& e)
         {

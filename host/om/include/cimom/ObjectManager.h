@@ -6,14 +6,11 @@
 #include <Pegasus/Provider/CIMOMHandle.h>
 #include <Pegasus/Sdk/CIMOMDispatcher.h>
 
+#include <cimrepo/ClassRepository.h>
+
 #include <memory>
 #include <string>
 #include <vector>
-
-namespace cimrepo
-{
-class ClassRepository;
-}
 
 namespace cimom
 {

@@ -266,13 +266,12 @@ MHD_Daemon* HttpServer::_startDaemon(unsigned short port, bool secure)
     }
     MHD_Daemon* daemon = MHD_start_daemon(
         flags, port, nullptr, nullptr, &HttpServerCallbacks::onRequest, this,
-        MHD_OPTION_SOCK_ADDR, reinterpret_cast<sockaddr*>(&addr), MHD_OPTION_THREAD_POOL_SIZE,
+        MHD_OPTION_EXTERNAL_LOGGER, &_mhdLog, nullptr, MHD_OPTION_SOCK_ADDR, reinterpret_cast<sockaddr*>(&addr), MHD_OPTION_THREAD_POOL_SIZE,
         pollingThreads, MHD_OPTION_NOTIFY_COMPLETED, &HttpServerCallbacks::onCompleted, this,
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, _config.maxHeaderBytes, MHD_OPTION_CONNECTION_LIMIT,
         _config.maxConnections, MHD_OPTION_PER_IP_CONNECTION_LIMIT,
         _config.maxConnectionsPerPeer, MHD_OPTION_CONNECTION_TIMEOUT,
         _config.idleTimeoutSeconds, MHD_OPTION_LISTENING_ADDRESS_REUSE, 1u,
-        MHD_OPTION_EXTERNAL_LOGGER, &_mhdLog, nullptr,
         secure ? MHD_OPTION_HTTPS_MEM_CERT : MHD_OPTION_END, _config.tls.certPem.c_str(),
         MHD_OPTION_HTTPS_MEM_KEY, _config.tls.keyPem.c_str(), MHD_OPTION_HTTPS_PRIORITIES,
         tlsPriorities, MHD_OPTION_END);

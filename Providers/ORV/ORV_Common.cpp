@@ -957,9 +957,10 @@ int ORV_Common::_formatDateTime(const char* text, tm* out)
     auto field = [&buf](int start, int width) {
         char part[8];
         memset(part, 0, sizeof(part));
-        if (start < (int)strlen(buf))
+        int avail = (int)strlen(buf) - start;
+        if (avail > 0)
         {
-            strncpy(part, buf + start, width);
+            memcpy(part, buf + start, avail < width ? avail : width);
         }
         return atoi(part);
     };

@@ -285,7 +285,8 @@ TEST_F(DirectProviderTest, RefusalsDeliverNothing)
 
 TEST_F(DirectProviderTest, InitializeGoesOnWhenTheApiCannotBeOpened)
 {
-    injectFault("api_orvOpenForCimserver", 5);
+    // Only the provider's own open fails; the sibling module's calls go on.
+    ASSERT_EQ(0, orvsim_set_fault_times("api_orvOpenForCimserver", 5, 0, 1, 0));
     CIMProvider* p = createProvider("ORV_StatisticsCollectionProvider");
     std::string log = captureLog([&]() { p->initialize(_handle); });
     EXPECT_NE(std::string::npos,

@@ -7,9 +7,11 @@
  *    The library allocates the record array with malloc and the caller
  *    releases it with free, also after a failed call: a failure may leave an
  *    array behind.
- *  - Every list or statistics query (api_get... except api_getNodeCPUStats)
- *    is made while holding the process-wide semaphore (cim_sem_wait /
- *    cim_sem_post), one call per hold.
+ *  - Every list or statistics query (api_getVolumeStats_chunk,
+ *    api_getVVs_chunk, api_getDiskStats, api_getPortStats, api_getNodes,
+ *    api_getNodeStats, api_getVLunStats) is made while holding the
+ *    process-wide semaphore (cim_sem_wait / cim_sem_post), one call per
+ *    hold. api_getNodeCPUStats is made without it.
  *  - Strings in records are NUL-terminated and never overflow their arrays.
  *
  * Counters in api_stats_t: count = number of I/Os, bytes = bytes moved,

@@ -1,1 +1,515 @@
+#include "CimOperationProcessor.h"
+#include "CimXmlWriter.h"
+
+#include <ORV_ClientAddressContainer.h>
+#include <Pegasus/Common/CIMDateTime.h>
+#include <Pegasus/Common/CIMProperty.h>
+#include <Pegasus/Common/Exception.h>
 #include <gtest/gtest.h>
+
+#include <libxml/parser.h>
+
+#include <map>
+#include <set>
+
+using namespace orvhost;
+using namespace Pegasus;
+
+namespace
+{
+std::string _s(const String& s)
+{
+    return std::string(static_cast<const char*>(s.getCString()));
+}
+
+// Records what the processor asks for and answers with fixed objects.
+class RecordingDispatcher : public CIMOMDispatcher
+{
+public:
+    std::string call;
+    std::string user;
+    std::string address;
+    std::map<std::string, std::string> args;
+    CIMException toThrow;
+    bool fail = false;
+
+    void _enter(const char* name, const OperationContext& ctx)
+    {
+        call = name;
+        user = _s(IdentityContainer(ctx.get(IdentityContainer::NAME)).getUserName());
+        address = _s(ORV_getClientAddress(ctx));
+        if (fail)
+        {
+            throw toThrow;
+        }
+    }
+    static std::string b(Boolean v)
+    {
+        return v ? "T" : "F";
+    }
+    static CIMInstance widget()
+    {
+        CIMInstance i(CIMName("T_Widget"));
+        i.addProperty(CIMProperty(CIMName("Id"), CIMValue(String("w<1>&\""))));
+        i.addProperty(CIMProperty(CIMName("On"), CIMValue(Boolean(true))));
+        i.addProperty(CIMProperty(CIMName("Sizes"), CIMValue(Array<Uint16>(2, 7))));
+        i.addProperty(CIMProperty(CIMName("Empty"), CIMValue(CIMTYPE_UINT32, false)));
+        Array<CIMKeyBinding> keys;
+        keys.append(CIMKeyBinding(CIMName("Id"), String("w<1>&\""), CIMKeyBinding::STRING));
+        i.setPath(CIMObjectPath(String(), CIMNamespaceName(), CIMName("T_Widget"), keys));
+        return i;
+    }
+
+    CIMClass getClass(const OperationContext& c, const CIMNamespaceName& ns, const CIMName& cn,
+                      Boolean lo, Boolean iq, Boolean ico, const CIMPropertyList&) override
+    {
+        _enter("getClass", c);
+        args = {{"ns", _s(ns.getString())}, {"class", _s(cn.getString())},
+                {"flags", b(lo) + b(iq) + b(ico)}};
+        return CIMClass(cn);
+    }
+    Array<CIMClass> enumerateClasses(const OperationContext& c, const CIMNamespaceName&,
+                                     const CIMName& cn, Boolean di, Boolean lo, Boolean iq,
+                                     Boolean ico) override
+    {
+        _enter("enumerateClasses", c);
+        args = {{"class", cn.isNull() ? "(null)" : _s(cn.getString())},
+                {"flags", b(di) + b(lo) + b(iq) + b(ico)}};
+        return Array<CIMClass>();
+    }
+    Array<CIMName> enumerateClassNames(const OperationContext& c, const CIMNamespaceName&,
+                                       const CIMName&, Boolean di) override
+    {
+        _enter("enumerateClassNames", c);
+        args = {{"flags", b(di)}};
+        Array<CIMName> names;
+        names.append(CIMName("T_A"));
+        return names;
+    }
+    CIMInstance getInstance(const OperationContext& c, const CIMNamespaceName&,
+                            const CIMObjectPath& p, Boolean lo, Boolean iq, Boolean ico,
+                            const CIMPropertyList& pl) override
+    {
+        _enter("getInstance", c);
+        args = {{"path", _s(p.toString())},
+                {"flags", b(lo) + b(iq) + b(ico)},
+                {"props", pl.isNull() ? "(null)" : std::to_string(pl.size())}};
+        return widget();
+    }
+    Array<CIMInstance> enumerateInstances(const OperationContext& c, const CIMNamespaceName&,
+                                          const CIMName& cn, Boolean di, Boolean lo, Boolean iq,
+                                          Boolean ico, const CIMPropertyList&) override
+    {
+        _enter("enumerateInstances", c);
+        args = {{"class", _s(cn.getString())}, {"flags", b(di) + b(lo) + b(iq) + b(ico)}};
+        Array<CIMInstance> out;
+        out.append(widget());
+        return out;
+    }
+    Array<CIMObjectPath> enumerateInstanceNames(const OperationContext& c,
+                                                const CIMNamespaceName&, const CIMName&) override
+    {
+        _enter("enumerateInstanceNames", c);
+        return Array<CIMObjectPath>();
+    }
+    Array<CIMObject> associators(const OperationContext& c, const CIMNamespaceName&,
+                                 const CIMObjectPath& p, const CIMName& ac, const CIMName& rc,
+                                 const String& role, const String& rr, Boolean iq, Boolean ico,
+                                 const CIMPropertyList&) override
+    {
+        _enter("associators", c);
+        args = {{"path", _s(p.toString())},
+                {"filters", _s(ac.isNull() ? String("-") : ac.getString()) + "|" +
+                                _s(rc.isNull() ? String("-") : rc.getString()) + "|" +
+                                _s(role) + "|" + _s(rr)},
+                {"flags", b(iq) + b(ico)}};
+        Array<CIMObject> out;
+        out.append(CIMObject(widget()));
+        return out;
+    }
+    Array<CIMObjectPath> associatorNames(const OperationContext& c, const CIMNamespaceName&,
+                                         const CIMObjectPath&, const CIMName&, const CIMName&,
+                                         const String&, const String&) override
+    {
+        _enter("associatorNames", c);
+        Array<CIMObjectPath> out;
+        out.append(widget().getPath());
+        return out;
+    }
+    Array<CIMObject> references(const OperationContext& c, const CIMNamespaceName&,
+                                const CIMObjectPath&, const CIMName&, const String&, Boolean,
+                                Boolean, const CIMPropertyList&) override
+    {
+        _enter("references", c);
+        return Array<CIMObject>();
+    }
+    Array<CIMObjectPath> referenceNames(const OperationContext& c, const CIMNamespaceName&,
+                                        const CIMObjectPath&, const CIMName&,
+                                        const String&) override
+    {
+        _enter("referenceNames", c);
+        return Array<CIMObjectPath>();
+    }
+    CIMValue invokeMethod(const OperationContext& c, const CIMNamespaceName& ns,
+                          const CIMObjectPath& p, const CIMName& m,
+                          const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
+    {
+        _enter("invokeMethod", c);
+        args = {{"ns", _s(ns.getString())},
+                {"path", _s(p.toString())},
+                {"method", _s(m.getString())},
+                {"in", std::to_string(in.size())}};
+        out.append(CIMParamValue("Job", CIMValue(CIMTYPE_REFERENCE, false)));
+        Array<String> stats;
+        stats.append("a;1;");
+        out.append(CIMParamValue("Statistics", CIMValue(stats)));
+        return CIMValue(Uint32(0));
+    }
+};
+
+const std::string orvNs =
+    "<LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"orv\"/></LOCALNAMESPACEPATH>";
+
+HttpRequest _request(const std::string& method, const std::string& call,
+                     const std::string& object = "root%2Forv")
+{
+    HttpRequest r;
+    r.method = "POST";
+    r.url = "/cimom";
+    r.user = "demo";
+    r.peer = "10.1.2.3";
+    r.headers = {{"Content-Type", "application/xml; charset=\"utf-8\""},
+                 {"CIMOperation", "MethodCall"},
+                 {"CIMMethod", method},
+                 {"CIMObject", object}};
+    r.body = "<?xml version=\"1.0\" encoding=\"utf-8\"?><CIM CIMVERSION=\"2.0\" "
+             "DTDVERSION=\"2.0\"><MESSAGE ID=\"9\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>" +
+             call + "</SIMPLEREQ></MESSAGE></CIM>";
+    return r;
+}
+
+HttpRequest _intrinsic(const std::string& name, const std::string& params)
+{
+    return _request(name, "<IMETHODCALL NAME=\"" + name + "\">" + orvNs + params +
+                              "</IMETHODCALL>");
+}
+
+std::string _header(const HttpResponse& r, const std::string& name)
+{
+    for (const auto& h : r.headers)
+    {
+        if (h.first == name)
+        {
+            return h.second;
+        }
+    }
+    return "";
+}
+
+// Every element the responses use, with the attributes DSP0201 allows it;
+// strict clients reject anything else.
+const std::map<std::string, std::set<std::string>> allowedAttributes = {
+    {"CIM", {"CIMVERSION", "DTDVERSION"}},
+    {"MESSAGE", {"ID", "PROTOCOLVERSION"}},
+    {"SIMPLERSP", {}},
+    {"IMETHODRESPONSE", {"NAME"}},
+    {"METHODRESPONSE", {"NAME"}},
+    {"IRETURNVALUE", {}},
+    {"RETURNVALUE", {"PARAMTYPE"}},
+    {"PARAMVALUE", {"NAME", "PARAMTYPE"}},
+    {"ERROR", {"CODE", "DESCRIPTION"}},
+    {"CLASS", {"NAME", "SUPERCLASS"}},
+    {"CLASSNAME", {"NAME"}},
+    {"INSTANCE", {"CLASSNAME"}},
+    {"INSTANCENAME", {"CLASSNAME"}},
+    {"KEYBINDING", {"NAME"}},
+    {"KEYVALUE", {"VALUETYPE"}},
+    {"PROPERTY", {"NAME", "TYPE", "CLASSORIGIN", "PROPAGATED"}},
+    {"PROPERTY.ARRAY", {"NAME", "TYPE", "ARRAYSIZE", "CLASSORIGIN", "PROPAGATED"}},
+    {"PROPERTY.REFERENCE", {"NAME", "REFERENCECLASS", "CLASSORIGIN", "PROPAGATED"}},
+    {"VALUE", {}},
+    {"VALUE.ARRAY", {}},
+    {"VALUE.NAMEDINSTANCE", {}},
+    {"VALUE.OBJECTWITHPATH", {}},
+    {"VALUE.REFERENCE", {}},
+    {"OBJECTPATH", {}},
+    {"INSTANCEPATH", {}},
+    {"NAMESPACEPATH", {}},
+    {"HOST", {}},
+    {"LOCALNAMESPACEPATH", {}},
+    {"NAMESPACE", {"NAME"}},
+};
+
+void _checkElements(const xmlNode* node, std::vector<std::string>& problems)
+{
+    for (; node != nullptr; node = node->next)
+    {
+        if (node->type != XML_ELEMENT_NODE)
+        {
+            continue;
+        }
+        std::string name = reinterpret_cast<const char*>(node->name);
+        auto allowed = allowedAttributes.find(name);
+        if (allowed == allowedAttributes.end())
+        {
+            problems.push_back("unexpected element " + name);
+        }
+        else
+        {
+            for (const xmlAttr* a = node->properties; a != nullptr; a = a->next)
+            {
+                std::string attr = reinterpret_cast<const char*>(a->name);
+                if (allowed->second.count(attr) == 0)
+                {
+                    problems.push_back(name + " has attribute " + attr);
+                }
+            }
+        }
+        _checkElements(node->children, problems);
+    }
+}
+
+// The body must be well-formed and use only what the DTD allows.
+void _expectStrictXml(const std::string& body)
+{
+    xmlDoc* doc = xmlReadMemory(body.data(), static_cast<int>(body.size()), "r.xml", nullptr,
+                                XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
+    ASSERT_NE(doc, nullptr) << body;
+    std::vector<std::string> problems;
+    _checkElements(xmlDocGetRootElement(doc), problems);
+    xmlFreeDoc(doc);
+    EXPECT_TRUE(problems.empty()) << problems.front() << "\n" << body;
+}
+
+class ProcessorTest : public testing::Test
+{
+protected:
+    RecordingDispatcher dispatcher;
+    CimOperationProcessor processor{dispatcher, String("server1")};
+};
+} // namespace
+
+TEST_F(ProcessorTest, ProtocolErrorsFollowDsp0200)
+{
+    struct Case
+    {
+        const char* what;
+        std::function<void(HttpRequest&)> change;
+        int status;
+        const char* cimError;
+    } cases[] = {
+        {"wrong path", [](HttpRequest& r) { r.url = "/other"; }, 404, ""},
+        {"no CIMOperation", [](HttpRequest& r) { r.headers.erase("CIMOperation"); }, 400,
+         "unsupported-operation"},
+        {"CIMOperation not a call",
+         [](HttpRequest& r) { r.headers["CIMOperation"] = "MethodResponse"; }, 400,
+         "unsupported-operation"},
+        {"protocol version 2",
+         [](HttpRequest& r) { r.headers["CIMProtocolVersion"] = "2.0"; }, 501,
+         "unsupported-protocol-version"},
+        {"not XML content", [](HttpRequest& r) { r.headers["Content-Type"] = "text/plain"; },
+         400, "request-not-valid"},
+        {"latin-1", [](HttpRequest& r) { r.headers["content-type"] = "text/xml; charset=latin1"; },
+         400, "request-not-valid"},
+        {"method mismatch", [](HttpRequest& r) { r.headers["CIMMethod"] = "GetClass"; }, 400,
+         "header-mismatch"},
+        {"namespace mismatch", [](HttpRequest& r) { r.headers["CIMObject"] = "root%2Fother"; },
+         400, "header-mismatch"},
+        {"no CIMObject", [](HttpRequest& r) { r.headers.erase("CIMObject"); }, 400,
+         "header-mismatch"},
+        {"broken body", [](HttpRequest& r) { r.body.resize(r.body.size() / 2); }, 400,
+         "request-not-well-formed"},
+    };
+    for (const Case& c : cases)
+    {
+        HttpRequest r = _intrinsic("EnumerateInstanceNames",
+                                   "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/>"
+                                   "</IPARAMVALUE>");
+        c.change(r);
+        dispatcher.call.clear();
+        HttpResponse response = processor.handle(r);
+        EXPECT_EQ(response.status, c.status) << c.what;
+        EXPECT_EQ(_header(response, "CIMError"), c.cimError) << c.what;
+        EXPECT_TRUE(dispatcher.call.empty()) << c.what << ": reached " << dispatcher.call;
+    }
+
+    // Accepted variants: quoted charset, lower-case header names, no version.
+    HttpRequest r = _intrinsic("EnumerateInstanceNames", "<IPARAMVALUE NAME=\"ClassName\">"
+                                                         "<CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>");
+    r.headers.erase("CIMObject");
+    r.headers["cimobject"] = "root/orv";
+    EXPECT_EQ(processor.handle(r).status, 200);
+    EXPECT_EQ(dispatcher.call, "enumerateInstanceNames");
+}
+
+TEST_F(ProcessorTest, IntrinsicDefaultsAndExplicitParameters)
+{
+    const std::string cls = "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>";
+    const std::string inst = "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME "
+                             "CLASSNAME=\"T_W\"><KEYBINDING NAME=\"Id\"><KEYVALUE>x</KEYVALUE>"
+                             "</KEYBINDING></INSTANCENAME></IPARAMVALUE>";
+    auto flag = [](const char* name, const char* v) {
+        return std::string("<IPARAMVALUE NAME=\"") + name + "\"><VALUE>" + v +
+               "</VALUE></IPARAMVALUE>";
+    };
+    struct Case
+    {
+        const char* op;
+        std::string params;
+        const char* call;
+        const char* key;
+        const char* expected;
+    } cases[] = {
+        {"GetClass", cls, "getClass", "flags", "TTF"},
+        {"GetClass", cls + flag("LocalOnly", "false") + flag("IncludeClassOrigin", "TRUE"),
+         "getClass", "flags", "FTT"},
+        {"EnumerateClasses", "", "enumerateClasses", "flags", "FTTF"},
+        {"EnumerateClasses", "", "enumerateClasses", "class", "(null)"},
+        {"EnumerateClassNames", flag("DeepInheritance", "true"), "enumerateClassNames", "flags",
+         "T"},
+        {"GetInstance", inst, "getInstance", "flags", "TFF"},
+        {"GetInstance", inst, "getInstance", "props", "(null)"},
+        {"GetInstance",
+         inst + "<IPARAMVALUE NAME=\"PropertyList\"><VALUE.ARRAY><VALUE>A</VALUE></VALUE.ARRAY>"
+                "</IPARAMVALUE>",
+         "getInstance", "props", "1"},
+        {"EnumerateInstances", cls, "enumerateInstances", "flags", "TTFF"},
+        {"EnumerateInstances", cls + flag("DeepInheritance", "FALSE"), "enumerateInstances",
+         "flags", "FTFF"},
+        {"Associators",
+         "<IPARAMVALUE NAME=\"ObjectName\"><INSTANCENAME CLASSNAME=\"T_W\"><KEYBINDING "
+         "NAME=\"Id\"><KEYVALUE>x</KEYVALUE></KEYBINDING></INSTANCENAME></IPARAMVALUE>"
+         "<IPARAMVALUE NAME=\"AssocClass\"><CLASSNAME NAME=\"T_Link\"/></IPARAMVALUE>" +
+             flag("Role", "Left"),
+         "associators", "filters", "T_Link|-|Left|"},
+    };
+    for (const Case& c : cases)
+    {
+        HttpResponse response = processor.handle(_intrinsic(c.op, c.params));
+        EXPECT_EQ(response.status, 200) << c.op;
+        EXPECT_EQ(dispatcher.call, c.call) << c.op;
+        EXPECT_EQ(dispatcher.args[c.key], c.expected) << c.op << " " << c.params;
+        EXPECT_EQ(dispatcher.user, "demo");
+        EXPECT_EQ(dispatcher.address, "10.1.2.3");
+        _expectStrictXml(response.body);
+    }
+}
+
+TEST_F(ProcessorTest, CimErrorsAreErrorElements)
+{
+    const std::string cls = "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>";
+    struct Case
+    {
+        const char* what;
+        std::string op;
+        std::string params;
+        bool providerFails;
+        Uint32 code;
+    } cases[] = {
+        {"provider error", "EnumerateInstances", cls, true, CIM_ERR_NOT_FOUND},
+        {"pull operation", "OpenEnumerateInstances", cls, false, CIM_ERR_NOT_SUPPORTED},
+        {"unknown operation", "Frobnicate", "", false, CIM_ERR_NOT_SUPPORTED},
+        {"unknown parameter", "EnumerateInstances", cls + "<IPARAMVALUE NAME=\"Bogus\"/>", false,
+         CIM_ERR_INVALID_PARAMETER},
+        {"repeated parameter", "EnumerateInstances", cls + cls, false,
+         CIM_ERR_INVALID_PARAMETER},
+        {"bad boolean", "EnumerateInstances",
+         cls + "<IPARAMVALUE NAME=\"LocalOnly\"><VALUE>maybe</VALUE></IPARAMVALUE>", false,
+         CIM_ERR_INVALID_PARAMETER},
+        {"missing class", "EnumerateInstances", "", false, CIM_ERR_INVALID_PARAMETER},
+        {"class where instance belongs", "GetInstance",
+         "<IPARAMVALUE NAME=\"InstanceName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>", false,
+         CIM_ERR_INVALID_PARAMETER},
+    };
+    for (const Case& c : cases)
+    {
+        dispatcher.fail = c.providerFails;
+        dispatcher.toThrow = CIMException(CIM_ERR_NOT_FOUND, "no such \"thing\" <here>");
+        dispatcher.call.clear();
+        HttpResponse response = processor.handle(_intrinsic(c.op, c.params));
+        EXPECT_EQ(response.status, 200) << c.what;
+        EXPECT_EQ(_header(response, "CIMOperation"), "MethodResponse") << c.what;
+        EXPECT_NE(response.body.find("<ERROR CODE=\"" + std::to_string(c.code) + "\""),
+                  std::string::npos)
+            << c.what << ": " << response.body;
+        EXPECT_EQ(response.summary.cimStatus, std::to_string(c.code)) << c.what;
+        EXPECT_EQ(!dispatcher.call.empty(), c.providerFails) << c.what;
+        _expectStrictXml(response.body);
+    }
+    dispatcher.fail = true;
+    EXPECT_NE(processor.handle(_intrinsic("EnumerateInstances", cls))
+                  .body.find("DESCRIPTION=\"no such &quot;thing&quot; &lt;here&gt;\""),
+              std::string::npos);
+}
+
+TEST_F(ProcessorTest, ResultsEncodeValuesAndPaths)
+{
+    HttpResponse response = processor.handle(_intrinsic(
+        "EnumerateInstances",
+        "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>"));
+    const std::string& body = response.body;
+    _expectStrictXml(body);
+    EXPECT_NE(body.find("<MESSAGE ID=\"9\" PROTOCOLVERSION=\"1.0\">"), std::string::npos);
+    EXPECT_NE(body.find("<VALUE.NAMEDINSTANCE><INSTANCENAME CLASSNAME=\"T_Widget\"><KEYBINDING "
+                        "NAME=\"Id\"><KEYVALUE VALUETYPE=\"string\">w&lt;1&gt;&amp;&quot;"
+                        "</KEYVALUE>"),
+              std::string::npos)
+        << body;
+    EXPECT_NE(body.find("<PROPERTY NAME=\"On\" TYPE=\"boolean\"><VALUE>TRUE</VALUE></PROPERTY>"),
+              std::string::npos);
+    EXPECT_NE(body.find("<PROPERTY.ARRAY NAME=\"Sizes\" TYPE=\"uint16\"><VALUE.ARRAY><VALUE>7"
+                        "</VALUE><VALUE>7</VALUE></VALUE.ARRAY></PROPERTY.ARRAY>"),
+              std::string::npos);
+    EXPECT_NE(body.find("<PROPERTY NAME=\"Empty\" TYPE=\"uint32\"></PROPERTY>"),
+              std::string::npos)
+        << "a null value has no VALUE";
+
+    // Associators: full paths, with this server's host filled in.
+    response = processor.handle(_intrinsic(
+        "Associators", "<IPARAMVALUE NAME=\"ObjectName\"><INSTANCENAME CLASSNAME=\"T_W\"/>"
+                       "</IPARAMVALUE>"));
+    _expectStrictXml(response.body);
+    EXPECT_NE(response.body.find("<VALUE.OBJECTWITHPATH><INSTANCEPATH><NAMESPACEPATH><HOST>"
+                                 "server1</HOST><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/>"
+                                 "<NAMESPACE NAME=\"orv\"/></LOCALNAMESPACEPATH>"),
+              std::string::npos)
+        << response.body;
+}
+
+TEST_F(ProcessorTest, ExtrinsicCallAndOutputParameters)
+{
+    HttpRequest r = _request(
+        "GetStatisticsCollection",
+        "<METHODCALL NAME=\"GetStatisticsCollection\"><LOCALINSTANCEPATH>" + orvNs +
+            "<INSTANCENAME CLASSNAME=\"T_Svc\"><KEYBINDING NAME=\"Name\"><KEYVALUE>s</KEYVALUE>"
+            "</KEYBINDING></INSTANCENAME></LOCALINSTANCEPATH>"
+            "<PARAMVALUE NAME=\"ElementTypes\"><VALUE.ARRAY><VALUE>2</VALUE></VALUE.ARRAY>"
+            "</PARAMVALUE></METHODCALL>",
+        "root%2Forv%3AT_Svc.Name%3D%22s%22");
+    HttpResponse response = processor.handle(r);
+    ASSERT_EQ(response.status, 200) << response.body;
+    EXPECT_EQ(dispatcher.call, "invokeMethod");
+    EXPECT_EQ(dispatcher.args["ns"], "root/orv");
+    EXPECT_EQ(dispatcher.args["method"], "GetStatisticsCollection");
+    EXPECT_EQ(dispatcher.args["in"], "1");
+    EXPECT_EQ(dispatcher.args["path"].find("root/orv"), std::string::npos)
+        << "the provider gets a local path";
+    EXPECT_EQ(response.summary.className, "T_Svc");
+    _expectStrictXml(response.body);
+    EXPECT_NE(response.body.find("<METHODRESPONSE NAME=\"GetStatisticsCollection\"><RETURNVALUE "
+                                 "PARAMTYPE=\"uint32\"><VALUE>0</VALUE></RETURNVALUE>"
+                                 "<PARAMVALUE NAME=\"Job\" PARAMTYPE=\"reference\"></PARAMVALUE>"
+                                 "<PARAMVALUE NAME=\"Statistics\" PARAMTYPE=\"string\">"
+                                 "<VALUE.ARRAY><VALUE>a;1;</VALUE></VALUE.ARRAY></PARAMVALUE>"),
+              std::string::npos)
+        << response.body;
+}
+
+TEST(CimXmlWriter, EscapesEverythingXmlCannotCarryRaw)
+{
+    EXPECT_EQ(cimxml::escape("a<b>&\"c\"\n\x01"), "a&lt;b&gt;&amp;&quot;c&quot;&#10;&#xFFFD;");
+    EXPECT_EQ(cimxml::escape("caf\xc3\xa9"), "caf\xc3\xa9") << "UTF-8 passes unchanged";
+    std::string out;
+    cimxml::appendValue(out, CIMValue(CIMDateTime(String("20240102030405.000000+060"))));
+    EXPECT_EQ(out, "<VALUE>20240102030405.000000+060</VALUE>");
+}

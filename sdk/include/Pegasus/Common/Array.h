@@ -57,17 +57,11 @@ template <class T> class Array
 public:
     typedef T value_type;
 
-    Array()
-    {
-    }
+    Array() {}
 
-    Array(const Array<T>& x) : _rep(x._rep)
-    {
-    }
+    Array(const Array<T>& x) : _rep(x._rep) {}
 
-    Array(Array<T>&& x) noexcept : _rep(std::move(x._rep))
-    {
-    }
+    Array(Array<T>&& x) noexcept : _rep(std::move(x._rep)) {}
 
     explicit Array(Uint32 size)
     {
@@ -84,9 +78,7 @@ public:
         append(items, size);
     }
 
-    ~Array()
-    {
-    }
+    ~Array() {}
 
     Array<T>& operator=(const Array<T>& x)
     {

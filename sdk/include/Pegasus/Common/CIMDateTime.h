@@ -24,9 +24,8 @@ public:
     // Microseconds since 0000-01-01 00:00:00 (time stamp, at UTC) or the
     // length of an interval.
     CIMDateTime(Uint64 usec, Boolean isInterval);
-    CIMDateTime(Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes,
-                Uint32 seconds, Uint32 microseconds, Uint32 numSignificantMicrosecondDigits,
-                Sint32 utcOffset);
+    CIMDateTime(Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes, Uint32 seconds,
+                Uint32 microseconds, Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset);
     CIMDateTime(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds, Uint32 microseconds,
                 Uint32 numSignificantMicrosecondDigits);
     ~CIMDateTime();

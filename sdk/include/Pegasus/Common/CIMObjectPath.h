@@ -64,8 +64,7 @@ public:
     CIMObjectPath(const CIMObjectPath& x);
     // Parses the text form; throws MalformedObjectNameException.
     CIMObjectPath(const String& objectName);
-    CIMObjectPath(const String& host, const CIMNamespaceName& nameSpace,
-                  const CIMName& className,
+    CIMObjectPath(const String& host, const CIMNamespaceName& nameSpace, const CIMName& className,
                   const Array<CIMKeyBinding>& keyBindings = Array<CIMKeyBinding>());
     ~CIMObjectPath();
 

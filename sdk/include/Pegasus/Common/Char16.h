@@ -10,13 +10,9 @@ PEGASUS_NAMESPACE_BEGIN
 class PEGASUS_COMMON_LINKAGE Char16
 {
 public:
-    Char16() : _code(0)
-    {
-    }
+    Char16() : _code(0) {}
 
-    Char16(Uint16 x) : _code(x)
-    {
-    }
+    Char16(Uint16 x) : _code(x) {}
 
     Char16& operator=(Uint16 x)
     {

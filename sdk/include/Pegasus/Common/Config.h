@@ -7,7 +7,9 @@
 #include <cstddef>
 #include <cstdint>
 
-#define PEGASUS_NAMESPACE_BEGIN namespace Pegasus {
+#define PEGASUS_NAMESPACE_BEGIN                                                                    \
+    namespace Pegasus                                                                              \
+    {
 #define PEGASUS_NAMESPACE_END }
 #define PEGASUS_USING_PEGASUS using namespace Pegasus
 #define PEGASUS_USING_STD using namespace std

@@ -76,8 +76,8 @@ class PEGASUS_COMMON_LINKAGE TraceableCIMException : public CIMException
 public:
     TraceableCIMException(CIMStatusCode code, const String& message, const String& file,
                           Uint32 line);
-    TraceableCIMException(CIMStatusCode code, const MessageLoaderParms& parms,
-                          const String& file, Uint32 line);
+    TraceableCIMException(CIMStatusCode code, const MessageLoaderParms& parms, const String& file,
+                          Uint32 line);
     TraceableCIMException(const CIMException& cimException);
 
     // "CIM_ERR_NAME: description: message" (without ": message" when empty).
@@ -90,10 +90,10 @@ public:
     Uint32 getLine() const;
 };
 
-#define PEGASUS_CIM_EXCEPTION(CODE, EXTRA_MESSAGE)                                       \
+#define PEGASUS_CIM_EXCEPTION(CODE, EXTRA_MESSAGE)                                                 \
     TraceableCIMException(CODE, EXTRA_MESSAGE, String(__FILE__), __LINE__)
 
-#define PEGASUS_CIM_EXCEPTION_L(CODE, MSG_PARMS)                                         \
+#define PEGASUS_CIM_EXCEPTION_L(CODE, MSG_PARMS)                                                   \
     TraceableCIMException(CODE, MSG_PARMS, String(__FILE__), __LINE__)
 
 PEGASUS_NAMESPACE_END

@@ -37,8 +37,8 @@ public:
                        const Formatter::Arg& a1, const Formatter::Arg& a2,
                        const Formatter::Arg& a3);
     MessageLoaderParms(const String& id, const String& msg, const Formatter::Arg& a0,
-                       const Formatter::Arg& a1, const Formatter::Arg& a2,
-                       const Formatter::Arg& a3, const Formatter::Arg& a4);
+                       const Formatter::Arg& a1, const Formatter::Arg& a2, const Formatter::Arg& a3,
+                       const Formatter::Arg& a4);
     MessageLoaderParms(const char* id, const char* msg);
     MessageLoaderParms(const char* id, const char* msg, const String& a0);
     MessageLoaderParms(const char* id, const char* msg, const String& a0, const String& a1);

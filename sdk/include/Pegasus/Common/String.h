@@ -1,8 +1,8 @@
 #ifndef Pegasus_String_h
 #define Pegasus_String_h
 
-#include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/Char16.h>
+#include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/Linkage.h>
 
 #include <iosfwd>

@@ -7,6 +7,12 @@
 
 #include "ORV_BlockStatisticsManifestCollectionProvider.h"
 #include "ORV_StatisticsCollectionProvider.h"
+#include "ORV_ArrayStatisticalDataProvider.h"
+#include "ORV_DiskStatisticalDataProvider.h"
+#include "ORV_LUNStatisticalDataProvider.h"
+#include "ORV_NodeStatisticalDataProvider.h"
+#include "ORV_PortStatisticalDataProvider.h"
+#include "ORV_VolumeStatisticalDataProvider.h"
 
 PEGASUS_USING_PEGASUS;
 
@@ -54,7 +60,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_ArrayStatisticalDataProvider"))
     {
-        return 0;
+        return create<ORV_ArrayStatisticalDataProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_ArrayElementStatisticalDataProvider"))
     {
@@ -62,7 +68,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_NodeStatisticalDataProvider"))
     {
-        return 0;
+        return create<ORV_NodeStatisticalDataProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_NodeElementStatisticalDataProvider"))
     {
@@ -70,7 +76,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_DiskStatisticalDataProvider"))
     {
-        return 0;
+        return create<ORV_DiskStatisticalDataProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_DiskElementStatisticalDataProvider"))
     {
@@ -78,7 +84,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_PortStatisticalDataProvider"))
     {
-        return 0;
+        return create<ORV_PortStatisticalDataProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_PortElementStatisticalDataProvider"))
     {
@@ -86,7 +92,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_VolumeStatisticalDataProvider"))
     {
-        return 0;
+        return create<ORV_VolumeStatisticalDataProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_VolumeElementStatisticalDataProvider"))
     {
@@ -106,7 +112,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_LUNStatisticalDataProvider"))
     {
-        return 0;
+        return create<ORV_LUNStatisticalDataProvider>();
     }
     return 0;
 }

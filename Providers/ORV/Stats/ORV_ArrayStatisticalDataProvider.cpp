@@ -1,0 +1,277 @@
+#include "ORV_ArrayStatisticalDataProvider.h"
+
+#include <cstring>
+#include <ctime>
+
+#include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Common/Exception.h>
+
+#include "ORV_Common.h"
+#include "ORV_VolumeStatisticalDataProvider.h"
+#include "orvapi.h"
+
+PEGASUS_USING_PEGASUS;
+
+static const String ClassName("ORV_ArrayStatisticalDataProvider");
+
+namespace
+{
+typedef ORV_VolumeStatisticalDataProvider Family;
+
+const CIMName SERVED_CLASS("ORV_ArrayStatisticalData");
+const CIMName INSTANCE_ID("InstanceID");
+const String ID_SUFFIX("-Stats");
+const Uint16 ELEMENT_TYPE_SYSTEM = 2;
+const int LOG_ERROR = 2;
+const int LOG_TRACE = 4;
+
+void setU64(CIMInstance& instance, const char* name, Uint64 value)
+{
+    ORV_Common::setPropertyValue(instance, CIMName(name), value);
+}
+} // namespace
+
+ORV_ArrayStatisticalDataProvider::ORV_ArrayStatisticalDataProvider()
+{
+}
+
+ORV_ArrayStatisticalDataProvider::ORV_ArrayStatisticalDataProvider(const CIMObjectPath&)
+{
+    throw CIMNotSupportedException(ClassName + " does not support constructor with object path.");
+}
+
+ORV_ArrayStatisticalDataProvider::~ORV_ArrayStatisticalDataProvider()
+{
+}
+
+void ORV_ArrayStatisticalDataProvider::initialize(CIMOMHandle& cimom)
+{
+    _cimom = cimom;
+    if (api_orvOpenForCimserver(NULL) != 0)
+    {
+        log_message(LOG_ERROR, "ORV_ArrayStatisticalDataProvider::initialize(): "
+                               "api_orvOpenForCimserver failed\n");
+    }
+    _hostAddr = ORV_Common::getSystemHostName(cimom);
+    _systemName = ORV_Common::getSystemName(cimom);
+    log_message(LOG_TRACE, "-->ORV_ArrayStatisticalDataProvider::initialize()\n");
+}
+
+void ORV_ArrayStatisticalDataProvider::terminate()
+{
+    delete this;
+}
+
+void ORV_ArrayStatisticalDataProvider::getInstance(const OperationContext& context,
+                                                  const CIMObjectPath& instanceReference,
+                                                  const Boolean includeQualifiers,
+                                                  const Boolean includeClassOrigin,
+                                                  const CIMPropertyList& propertyList,
+                                                  InstanceResponseHandler& handler)
+{
+    log_message(LOG_TRACE, "--> ORV_ArrayStatisticalDataProvider::getInstance\n");
+    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    CIMName className = instanceReference.getClassName();
+    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
+
+    String instanceID;
+    if (!ORV_Common::findFirstKey(instanceReference, INSTANCE_ID, instanceID))
+    {
+        throw CIMInvalidParameterException(ClassName + " InstanceID key not found.");
+    }
+
+    Array<CIMInstance> instances =
+        _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
+    for (Uint32 i = 0; i < instances.size(); i++)
+    {
+        if (ORV_Common::matchObjectPath(instanceReference, instances[i].getPath()))
+        {
+            handler.processing();
+            handler.deliver(instances[i]);
+            handler.complete();
+            log_message(LOG_TRACE, "<-- ORV_ArrayStatisticalDataProvider::getInstance\n");
+            return;
+        }
+    }
+    throw CIMObjectNotFoundException(ClassName + " CIM Object not found." + instanceID);
+}
+
+void ORV_ArrayStatisticalDataProvider::enumerateInstances(const OperationContext& context,
+                                                         const CIMObjectPath& classReference,
+                                                         const Boolean includeQualifiers,
+                                                         const Boolean includeClassOrigin,
+                                                         const CIMPropertyList& propertyList,
+                                                         InstanceResponseHandler& handler)
+{
+    log_message(LOG_TRACE, "--> ORV_ArrayStatisticalDataProvider::enumerateInstances\n");
+    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    CIMName className = classReference.getClassName();
+    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
+
+    try
+    {
+        handler.processing();
+        Array<CIMInstance> instances =
+            _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
+        handler.deliver(instances);
+        handler.complete();
+        log_message(LOG_TRACE, "<-- ORV_ArrayStatisticalDataProvider::enumerateInstances\n");
+    }
+    catch (CIMException& e)
+    {
+        throw CIMOperationFailedException(ClassName +
+                                          "::enumerateInstances - Operation failed: " +
+                                          e.getMessage());
+    }
+    catch (...)
+    {
+        throw CIMOperationFailedException("Unknown error");
+    }
+}
+
+void ORV_ArrayStatisticalDataProvider::enumerateInstanceNames(const OperationContext& context,
+                                                             const CIMObjectPath& classReference,
+                                                             ObjectPathResponseHandler& handler)
+{
+    log_message(LOG_TRACE, "--> ORV_ArrayStatisticalDataProvider::enumerateInstanceNames\n");
+    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    ORV_Common::checkClassName(classReference.getClassName(), SERVED_CLASS, ClassName);
+
+    try
+    {
+        handler.processing();
+        Array<CIMObjectPath> paths = _build_ref();
+        handler.deliver(paths);
+        handler.complete();
+        log_message(LOG_TRACE, "<-- ORV_ArrayStatisticalDataProvider::enumerateInstanceNames\n");
+    }
+    catch (CIMException& e)
+    {
+        throw CIMOperationFailedException(ClassName +
+                                          "::enumerateInstanceNames - Operation failed: " +
+                                          e.getMessage());
+    }
+    catch (...)
+    {
+        throw CIMOperationFailedException("Operation error");
+    }
+}
+
+void ORV_ArrayStatisticalDataProvider::modifyInstance(const OperationContext&,
+                                                     const CIMObjectPath&, const CIMInstance&,
+                                                     const Boolean, const CIMPropertyList&,
+                                                     ResponseHandler&)
+{
+    throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
+}
+
+void ORV_ArrayStatisticalDataProvider::createInstance(const OperationContext&,
+                                                     const CIMObjectPath&, const CIMInstance&,
+                                                     ObjectPathResponseHandler&)
+{
+    throw CIMNotSupportedException(ClassName + " does not support createInstance.");
+}
+
+void ORV_ArrayStatisticalDataProvider::deleteInstance(const OperationContext&,
+                                                     const CIMObjectPath&, ResponseHandler&)
+{
+    throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
+}
+
+// ---- builders ---------------------------------------------------------------
+
+String ORV_ArrayStatisticalDataProvider::makeInstanceID(const String& systemName)
+{
+    return ORV_Common::INSTANCE_ID_PREFIX + ":" + systemName + ID_SUFFIX;
+}
+
+CIMObjectPath ORV_ArrayStatisticalDataProvider::buildObjectPath(const String& hostAddr,
+                                                                const String& instanceID)
+{
+    Array<CIMKeyBinding> keys;
+    keys.append(CIMKeyBinding(INSTANCE_ID, instanceID, CIMKeyBinding::STRING));
+    return CIMObjectPath(hostAddr, ORV_Common::NAMESPACE, SERVED_CLASS, keys);
+}
+
+CIMInstance ORV_ArrayStatisticalDataProvider::buildInstance(CIMClass cls,
+                                                            const api_PortsStats_t& ports,
+                                                            const String& hostAddr,
+                                                            const String& systemName)
+{
+    // Sums over every port's data traffic; bytes are summed first and shifted
+    // once so that sub-kilobyte remainders of single ports still count.
+    api_stats_data_t read;
+    api_stats_data_t write;
+    memset(&read, 0, sizeof(read));
+    memset(&write, 0, sizeof(write));
+    for (Uint32 i = 0; ports.stats && i < ports.count; i++)
+    {
+        const api_stats_t& s = ports.stats[i].dataStats;
+        read.count += s.read.count;
+        read.bytes += s.read.bytes;
+        read.ticks += s.read.ticks;
+        write.count += s.write.count;
+        write.bytes += s.write.bytes;
+        write.ticks += s.write.ticks;
+    }
+
+    CIMInstance instance = ORV_Common::buildInstanceSkeleton(cls);
+    String instanceID = makeInstanceID(systemName);
+    ORV_Common::setPropertyValue(instance, CIMName("InstanceID"), instanceID);
+    ORV_Common::setPropertyValue(instance, CIMName("ElementName"),
+                                 String("Array ") + systemName + " Statistical Data");
+    // The controller's clock at request time, not a library sample time.
+    ORV_Common::setPropertyValue(instance, CIMName("StatisticTime"),
+                                 ORV_Common::getCIMDateTime(time(NULL)));
+    ORV_Common::setPropertyValue(instance, CIMName("ElementType"), ELEMENT_TYPE_SYSTEM);
+    setU64(instance, "TotalIOs", read.count + write.count);
+    setU64(instance, "ReadIOs", read.count);
+    setU64(instance, "WriteIOs", write.count);
+    setU64(instance, "KBytesTransferred", (write.bytes + read.bytes) >> 10);
+    setU64(instance, "KBytesWritten", write.bytes >> 10);
+    setU64(instance, "KBytesRead", read.bytes >> 10);
+    setU64(instance, "IOTimeCounter", read.ticks + write.ticks);
+    setU64(instance, "ReadIOTimeCounter", read.ticks);
+    setU64(instance, "WriteIOTimeCounter", write.ticks);
+
+    instance.setPath(buildObjectPath(hostAddr, instanceID));
+    return instance;
+}
+
+// ---- fetching ---------------------------------------------------------------
+
+Array<CIMInstance> ORV_ArrayStatisticalDataProvider::_build_instances(
+    const CIMName&, bool includeQualifiers, bool includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    log_message(LOG_TRACE, "--> ORV_ArrayStatisticalDataProvider::_build_instances\n");
+    Array<CIMInstance> instances;
+    api_PortsStats_t ports;
+    memset(&ports, 0, sizeof(ports));
+    Family::FreeOnExit<api_PortStats_t> release(ports.stats);
+
+    // Without the port counters there is no array instance at all.
+    if (Family::callLocked([&]() {
+            return api_getPortStats(API_PORT_TYPE_ALL, API_SEL_ANY, API_SEL_ANY, API_SEL_ANY,
+                                    &ports);
+        }) == 0)
+    {
+        CIMClass cimClass = ORV_Common::getStoredCIMClass(
+            _cimom, OperationContext(), ORV_Common::NAMESPACE, SERVED_CLASS, false,
+            includeQualifiers, includeClassOrigin, propertyList);
+        instances.append(buildInstance(cimClass, ports, _hostAddr, _systemName));
+    }
+    log_message(LOG_TRACE, "<-- ORV_ArrayStatisticalDataProvider::_build_instances\n");
+    return instances;
+}
+
+Array<CIMObjectPath> ORV_ArrayStatisticalDataProvider::_build_ref()
+{
+    // Names need no library call, so they are listed even when the counters
+    // cannot be read.
+    log_message(LOG_TRACE, "--> ORV_ArrayStatisticalDataProvider::_build_ref\n");
+    Array<CIMObjectPath> paths;
+    paths.append(buildObjectPath(_hostAddr, makeInstanceID(_systemName)));
+    log_message(LOG_TRACE, "<-- ORV_ArrayStatisticalDataProvider::_build_ref\n");
+    return paths;
+}

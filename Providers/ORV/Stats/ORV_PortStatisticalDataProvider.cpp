@@ -1,0 +1,257 @@
+#include "ORV_PortStatisticalDataProvider.h"
+
+#include <cstring>
+
+#include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Common/Exception.h>
+
+#include "ORV_Common.h"
+#include "ORV_VolumeStatisticalDataProvider.h"
+#include "orvapi.h"
+
+PEGASUS_USING_PEGASUS;
+
+static const String ClassName("ORV_PortStatisticalDataProvider");
+
+namespace
+{
+typedef ORV_VolumeStatisticalDataProvider Family;
+
+const CIMName SERVED_CLASS("ORV_PortStatisticalData");
+const CIMName INSTANCE_ID("InstanceID");
+const String ID_SUFFIX("-Stats");
+// Front-end (target) ports and every other kind of port.
+const Uint16 ELEMENT_TYPE_FRONT_END_PORT = 6;
+const Uint16 ELEMENT_TYPE_BACK_END_PORT = 7;
+const int LOG_ERROR = 2;
+const int LOG_TRACE = 4;
+
+// Every port of every type on every node.
+Sint32 fetchAllPorts(api_PortsStats_t& out)
+{
+    return Family::callLocked([&]() {
+        return api_getPortStats(API_PORT_TYPE_ALL, API_SEL_ANY, API_SEL_ANY, API_SEL_ANY, &out);
+    });
+}
+} // namespace
+
+ORV_PortStatisticalDataProvider::ORV_PortStatisticalDataProvider()
+{
+}
+
+ORV_PortStatisticalDataProvider::ORV_PortStatisticalDataProvider(const CIMObjectPath&)
+{
+    throw CIMNotSupportedException(ClassName + " does not support constructor with object path.");
+}
+
+ORV_PortStatisticalDataProvider::~ORV_PortStatisticalDataProvider()
+{
+}
+
+void ORV_PortStatisticalDataProvider::initialize(CIMOMHandle& cimom)
+{
+    _cimom = cimom;
+    if (api_orvOpenForCimserver(NULL) != 0)
+    {
+        log_message(LOG_ERROR, "ORV_PortStatisticalDataProvider::initialize(): "
+                               "api_orvOpenForCimserver failed\n");
+    }
+    _hostAddr = ORV_Common::getSystemHostName(cimom);
+    log_message(LOG_TRACE, "-->ORV_PortStatisticalDataProvider::initialize()\n");
+}
+
+void ORV_PortStatisticalDataProvider::terminate()
+{
+    delete this;
+}
+
+void ORV_PortStatisticalDataProvider::getInstance(const OperationContext& context,
+                                                  const CIMObjectPath& instanceReference,
+                                                  const Boolean includeQualifiers,
+                                                  const Boolean includeClassOrigin,
+                                                  const CIMPropertyList& propertyList,
+                                                  InstanceResponseHandler& handler)
+{
+    log_message(LOG_TRACE, "--> ORV_PortStatisticalDataProvider::getInstance\n");
+    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    CIMName className = instanceReference.getClassName();
+    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
+
+    String instanceID;
+    if (!ORV_Common::findFirstKey(instanceReference, INSTANCE_ID, instanceID))
+    {
+        throw CIMInvalidParameterException(ClassName + " InstanceID key not found.");
+    }
+
+    // The IDs are never parsed: all ports are built and the path decides.
+    Array<CIMInstance> instances =
+        _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
+    for (Uint32 i = 0; i < instances.size(); i++)
+    {
+        if (ORV_Common::matchObjectPath(instanceReference, instances[i].getPath()))
+        {
+            handler.processing();
+            handler.deliver(instances[i]);
+            handler.complete();
+            log_message(LOG_TRACE, "<-- ORV_PortStatisticalDataProvider::getInstance\n");
+            return;
+        }
+    }
+    throw CIMObjectNotFoundException(ClassName + " CIM Object not found." + instanceID);
+}
+
+void ORV_PortStatisticalDataProvider::enumerateInstances(const OperationContext& context,
+                                                         const CIMObjectPath& classReference,
+                                                         const Boolean includeQualifiers,
+                                                         const Boolean includeClassOrigin,
+                                                         const CIMPropertyList& propertyList,
+                                                         InstanceResponseHandler& handler)
+{
+    log_message(LOG_TRACE, "--> ORV_PortStatisticalDataProvider::enumerateInstances\n");
+    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    CIMName className = classReference.getClassName();
+    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
+
+    Array<CIMInstance> instances =
+        _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
+    handler.processing();
+    handler.deliver(instances);
+    handler.complete();
+    log_message(LOG_TRACE, "<-- ORV_PortStatisticalDataProvider::enumerateInstances\n");
+}
+
+void ORV_PortStatisticalDataProvider::enumerateInstanceNames(const OperationContext& context,
+                                                             const CIMObjectPath& classReference,
+                                                             ObjectPathResponseHandler& handler)
+{
+    log_message(LOG_TRACE, "--> ORV_PortStatisticalDataProvider::enumerateInstanceNames\n");
+    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    ORV_Common::checkClassName(classReference.getClassName(), SERVED_CLASS, ClassName);
+
+    Array<CIMObjectPath> paths = _build_ref();
+    handler.processing();
+    handler.deliver(paths);
+    handler.complete();
+    log_message(LOG_TRACE, "<-- ORV_PortStatisticalDataProvider::enumerateInstanceNames\n");
+}
+
+void ORV_PortStatisticalDataProvider::modifyInstance(const OperationContext&,
+                                                     const CIMObjectPath&, const CIMInstance&,
+                                                     const Boolean, const CIMPropertyList&,
+                                                     ResponseHandler&)
+{
+    throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
+}
+
+void ORV_PortStatisticalDataProvider::createInstance(const OperationContext&,
+                                                     const CIMObjectPath&, const CIMInstance&,
+                                                     ObjectPathResponseHandler&)
+{
+    throw CIMNotSupportedException(ClassName + " does not support createInstance.");
+}
+
+void ORV_PortStatisticalDataProvider::deleteInstance(const OperationContext&,
+                                                     const CIMObjectPath&, ResponseHandler&)
+{
+    throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
+}
+
+// ---- builders ---------------------------------------------------------------
+
+String ORV_PortStatisticalDataProvider::makeInstanceID(const api_PortStats_t& stats)
+{
+    return ORV_Common::INSTANCE_ID_PREFIX + ":" +
+           Family::fieldText(stats.portDeviceID, sizeof(stats.portDeviceID)) + ID_SUFFIX;
+}
+
+CIMObjectPath ORV_PortStatisticalDataProvider::buildObjectPath(const String& hostAddr,
+                                                               const String& instanceID)
+{
+    Array<CIMKeyBinding> keys;
+    keys.append(CIMKeyBinding(INSTANCE_ID, instanceID, CIMKeyBinding::STRING));
+    return CIMObjectPath(hostAddr, ORV_Common::NAMESPACE, SERVED_CLASS, keys);
+}
+
+CIMInstance ORV_PortStatisticalDataProvider::buildInstance(CIMClass cimClass,
+                                                           const api_PortStats_t& data,
+                                                           const String& hostAddr)
+{
+    // Only data traffic is reported; control traffic never shows.
+    const api_stats_t& s = data.dataStats;
+
+    CIMInstance instance = ORV_Common::buildInstanceSkeleton(cimClass);
+    String instanceID = makeInstanceID(data);
+    String elementName = String("Port ") + Family::fieldText(data.portName, sizeof(data.portName)) +
+                         " Statistical Data";
+    Uint16 elementType = data.type == API_PORT_TYPE_TARGET ? ELEMENT_TYPE_FRONT_END_PORT
+                                                           : ELEMENT_TYPE_BACK_END_PORT;
+
+    ORV_Common::setPropertyValue(instance, CIMName("InstanceID"), instanceID);
+    ORV_Common::setPropertyValue(instance, CIMName("ElementName"), elementName);
+    ORV_Common::setPropertyValue(instance, CIMName("StatisticTime"),
+                                 ORV_Common::getCIMDateTime(data.time));
+    ORV_Common::setPropertyValue(instance, CIMName("ElementType"), elementType);
+    ORV_Common::setPropertyValue(instance, CIMName("TotalIOs"),
+                                 Uint64(s.read.count + s.write.count));
+    ORV_Common::setPropertyValue(instance, CIMName("ReadIOs"), Uint64(s.read.count));
+    ORV_Common::setPropertyValue(instance, CIMName("WriteIOs"), Uint64(s.write.count));
+    ORV_Common::setPropertyValue(instance, CIMName("KBytesTransferred"),
+                                 Uint64((s.read.bytes + s.write.bytes) >> 10));
+    ORV_Common::setPropertyValue(instance, CIMName("KBytesWritten"), Uint64(s.write.bytes >> 10));
+    ORV_Common::setPropertyValue(instance, CIMName("KBytesRead"), Uint64(s.read.bytes >> 10));
+    ORV_Common::setPropertyValue(instance, CIMName("IOTimeCounter"),
+                                 Uint64(s.read.ticks + s.write.ticks));
+    ORV_Common::setPropertyValue(instance, CIMName("ReadIOTimeCounter"), Uint64(s.read.ticks));
+    ORV_Common::setPropertyValue(instance, CIMName("WriteIOTimeCounter"), Uint64(s.write.ticks));
+
+    instance.setPath(buildObjectPath(hostAddr, instanceID));
+    return instance;
+}
+
+// ---- fetching ---------------------------------------------------------------
+
+Array<CIMInstance> ORV_PortStatisticalDataProvider::_build_instances(
+    const CIMName&, bool includeQualifiers, bool includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    log_message(LOG_TRACE, "--> ORV_PortStatisticalDataProvider::_build_instances\n");
+    Array<CIMInstance> instances;
+    api_PortsStats_t allstats;
+    memset(&allstats, 0, sizeof(allstats));
+    Family::FreeOnExit<api_PortStats_t> release(allstats.stats);
+
+    // A failed fetch is not reported: the answer is simply empty.
+    if (fetchAllPorts(allstats) == 0)
+    {
+        CIMClass cimClass = ORV_Common::getStoredCIMClass(
+            _cimom, OperationContext(), ORV_Common::NAMESPACE, SERVED_CLASS, false,
+            includeQualifiers, includeClassOrigin, propertyList);
+        instances.reserveCapacity(allstats.count);
+        for (Uint32 i = 0; i < allstats.count; i++)
+        {
+            instances.append(buildInstance(cimClass, allstats.stats[i], _hostAddr));
+        }
+    }
+    log_message(LOG_TRACE, "<-- ORV_PortStatisticalDataProvider::_build_instances\n");
+    return instances;
+}
+
+Array<CIMObjectPath> ORV_PortStatisticalDataProvider::_build_ref()
+{
+    log_message(LOG_TRACE, "--> ORV_PortStatisticalDataProvider::_build_ref\n");
+    Array<CIMObjectPath> paths;
+    api_PortsStats_t allstats;
+    memset(&allstats, 0, sizeof(allstats));
+    Family::FreeOnExit<api_PortStats_t> release(allstats.stats);
+
+    if (fetchAllPorts(allstats) == 0)
+    {
+        paths.reserveCapacity(allstats.count);
+        for (Uint32 i = 0; i < allstats.count; i++)
+        {
+            paths.append(buildObjectPath(_hostAddr, makeInstanceID(allstats.stats[i])));
+        }
+    }
+    log_message(LOG_TRACE, "<-- ORV_PortStatisticalDataProvider::_build_ref\n");
+    return paths;
+}

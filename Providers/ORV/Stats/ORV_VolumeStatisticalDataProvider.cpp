@@ -1,0 +1,432 @@
+#include "ORV_VolumeStatisticalDataProvider.h"
+
+#include <cstring>
+
+#include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Common/Exception.h>
+
+#include "ORV_Common.h"
+#include "orvapi.h"
+
+PEGASUS_USING_PEGASUS;
+
+static const String ClassName("ORV_VolumeStatisticalDataProvider");
+
+namespace
+{
+const CIMName SERVED_CLASS("ORV_VolumeStatisticalData");
+const CIMName INSTANCE_ID("InstanceID");
+const String ID_SUFFIX("-Stats");
+const Uint16 ELEMENT_TYPE_VOLUME = 8;
+const int LOG_ERROR = 2;
+const int LOG_TRACE = 4;
+} // namespace
+
+ORV_VolumeStatisticalDataProvider::ORV_VolumeStatisticalDataProvider()
+{
+}
+
+ORV_VolumeStatisticalDataProvider::ORV_VolumeStatisticalDataProvider(const CIMObjectPath&)
+{
+    throw CIMNotSupportedException(ClassName + " does not support constructor with object path.");
+}
+
+ORV_VolumeStatisticalDataProvider::~ORV_VolumeStatisticalDataProvider()
+{
+}
+
+void ORV_VolumeStatisticalDataProvider::initialize(CIMOMHandle& cimom)
+{
+    _cimom = cimom;
+    if (api_orvOpenForCimserver(NULL) != 0)
+    {
+        log_message(LOG_ERROR, "ORV_VolumeStatisticalDataProvider::initialize(): "
+                               "api_orvOpenForCimserver failed\n");
+    }
+    _hostAddr = ORV_Common::getSystemHostName(cimom);
+    log_message(LOG_TRACE, "-->ORV_VolumeStatisticalDataProvider::initialize()\n");
+}
+
+void ORV_VolumeStatisticalDataProvider::terminate()
+{
+    delete this;
+}
+
+void ORV_VolumeStatisticalDataProvider::getInstance(const OperationContext& context,
+                                                    const CIMObjectPath& instanceReference,
+                                                    const Boolean includeQualifiers,
+                                                    const Boolean includeClassOrigin,
+                                                    const CIMPropertyList& propertyList,
+                                                    InstanceResponseHandler& handler)
+{
+    log_message(LOG_TRACE, "--> ORV_VolumeStatisticalDataProvider::getInstance\n");
+    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    CIMName className = instanceReference.getClassName();
+    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
+
+    String instanceID;
+    if (!ORV_Common::findFirstKey(instanceReference, INSTANCE_ID, instanceID))
+    {
+        throw CIMInvalidParameterException(ClassName + " InstanceID key not found.");
+    }
+
+    uint64_t vvWWN = API_WWN_ALL_VOLUMES;
+    uint64_t vvWWN_re = 0;
+    parseWWN(instanceID, &vvWWN_re, &vvWWN);
+
+    // One volume is asked for, in a single unchunked call.
+    Uint32 cursor_id = 0;
+    Array<CIMInstance> instances =
+        _build_instances(className, includeQualifiers, includeClassOrigin, propertyList, vvWWN_re,
+                         vvWWN, &cursor_id, false);
+    for (Uint32 i = 0; i < instances.size(); i++)
+    {
+        if (ORV_Common::matchObjectPath(instanceReference, instances[i].getPath()))
+        {
+            handler.processing();
+            handler.deliver(instances[i]);
+            handler.complete();
+            log_message(LOG_TRACE, "<-- ORV_VolumeStatisticalDataProvider::getInstance\n");
+            return;
+        }
+    }
+    throw CIMObjectNotFoundException(ClassName + " CIM Object not found." + instanceID);
+}
+
+void ORV_VolumeStatisticalDataProvider::enumerateInstances(const OperationContext& context,
+                                                           const CIMObjectPath& classReference,
+                                                           const Boolean includeQualifiers,
+                                                           const Boolean includeClassOrigin,
+                                                           const CIMPropertyList& propertyList,
+                                                           InstanceResponseHandler& handler)
+{
+    log_message(LOG_TRACE, "--> ORV_VolumeStatisticalDataProvider::enumerateInstances\n");
+    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    CIMName className = classReference.getClassName();
+    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
+
+    try
+    {
+        Uint32 cursor_id = 0;
+        handler.processing();
+        Uint32 inst_count = 0;
+        // Each chunk is delivered before the next is fetched; the semaphore is
+        // released between chunks so other requests can interleave.
+        do
+        {
+            Array<CIMInstance> instances =
+                _build_instances(className, includeQualifiers, includeClassOrigin, propertyList,
+                                 0, API_WWN_ALL_VOLUMES, &cursor_id, true);
+            inst_count = instances.size();
+            handler.deliver(instances);
+        } while (cursor_id != 0 && inst_count != 0);
+        handler.complete();
+        log_message(LOG_TRACE, "<-- ORV_VolumeStatisticalDataProvider::enumerateInstances\n");
+    }
+    catch (CIMException& e)
+    {
+        throw CIMOperationFailedException(ClassName +
+                                          "::enumerateInstances - Operation failed: " +
+                                          e.getMessage());
+    }
+    catch (...)
+    {
+        throw CIMOperationFailedException("Unknown error");
+    }
+}
+
+void ORV_VolumeStatisticalDataProvider::enumerateInstanceNames(
+    const OperationContext& context, const CIMObjectPath& classReference,
+    ObjectPathResponseHandler& handler)
+{
+    log_message(LOG_TRACE, "--> ORV_VolumeStatisticalDataProvider::enumerateInstanceNames\n");
+    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    ORV_Common::checkClassName(classReference.getClassName(), SERVED_CLASS, ClassName);
+
+    try
+    {
+        Uint32 cursor_id = 0;
+        handler.processing();
+        Uint32 ref_count = 0;
+        do
+        {
+            Array<CIMObjectPath> paths = _build_ref(&cursor_id, CHUNK_SIZE);
+            ref_count = paths.size();
+            handler.deliver(paths);
+        } while (cursor_id != 0 && ref_count != 0);
+        handler.complete();
+        log_message(LOG_TRACE, "<-- ORV_VolumeStatisticalDataProvider::enumerateInstanceNames\n");
+    }
+    catch (CIMException& e)
+    {
+        throw CIMOperationFailedException(ClassName +
+                                          "::enumerateInstanceNames - Operation failed: " +
+                                          e.getMessage());
+    }
+    catch (...)
+    {
+        throw CIMOperationFailedException("Operation error");
+    }
+}
+
+void ORV_VolumeStatisticalDataProvider::modifyInstance(const OperationContext&,
+                                                       const CIMObjectPath&, const CIMInstance&,
+                                                       const Boolean, const CIMPropertyList&,
+                                                       ResponseHandler&)
+{
+    throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
+}
+
+void ORV_VolumeStatisticalDataProvider::createInstance(const OperationContext&,
+                                                       const CIMObjectPath&, const CIMInstance&,
+                                                       ObjectPathResponseHandler&)
+{
+    throw CIMNotSupportedException(ClassName + " does not support createInstance.");
+}
+
+void ORV_VolumeStatisticalDataProvider::deleteInstance(const OperationContext&,
+                                                       const CIMObjectPath&, ResponseHandler&)
+{
+    throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
+}
+
+// ---- builders ---------------------------------------------------------------
+
+String ORV_VolumeStatisticalDataProvider::makeInstanceID(const String& deviceID)
+{
+    return ORV_Common::INSTANCE_ID_PREFIX + ":" + deviceID + ID_SUFFIX;
+}
+
+String ORV_VolumeStatisticalDataProvider::makeInstanceID(const api_VolumeStats_t& stats)
+{
+    return makeInstanceID(fieldText(stats.volDeviceID, sizeof(stats.volDeviceID)));
+}
+
+CIMObjectPath ORV_VolumeStatisticalDataProvider::buildObjectPath(const String& hostAddr,
+                                                                 const String& instanceID)
+{
+    Array<CIMKeyBinding> keys;
+    keys.append(CIMKeyBinding(INSTANCE_ID, instanceID, CIMKeyBinding::STRING));
+    return CIMObjectPath(hostAddr, ORV_Common::NAMESPACE, SERVED_CLASS, keys);
+}
+
+void ORV_VolumeStatisticalDataProvider::parseWWN(const String& instanceID, uint64_t* wwn_re,
+                                                 uint64_t* wwn)
+{
+    if (wwn)
+    {
+        *wwn = API_WWN_ALL_VOLUMES;
+    }
+    if (wwn_re)
+    {
+        *wwn_re = 0;
+    }
+    String rest = ORV_Common::extractFromInstanceID(instanceID);
+    if (rest.size() == 0)
+    {
+        return;
+    }
+    Uint32 dash = rest.find('-');
+    if (dash == PEG_NOT_FOUND || dash == 0)
+    {
+        return;
+    }
+    // Malformed hexadecimal is the library's to judge; its answer is not
+    // needed since the selector keeps its defaults on failure.
+    api_wwn_scratch_t scratch;
+    memset(&scratch, 0, sizeof(scratch));
+    api_wwnStringToInt(&scratch, rest.subString(0, dash).getCString(), wwn_re, wwn);
+}
+
+CIMInstance ORV_VolumeStatisticalDataProvider::buildInstance(CIMClass cimClass,
+                                                             const api_VolumeStats_t& data,
+                                                             const String& hostAddr)
+{
+    const api_stats_t& s = data.stats;
+    Uint64 totalCount = s.read.count + s.write.count;
+    Uint64 totalBytes = s.read.bytes + s.write.bytes;
+    Uint64 totalTicks = s.read.ticks + s.write.ticks;
+
+    CIMInstance instance = ORV_Common::buildInstanceSkeleton(cimClass);
+    String instanceID = makeInstanceID(data);
+    String elementName =
+        String("Volume ") + fieldText(data.vvName, sizeof(data.vvName)) + " Statistical Data";
+
+    ORV_Common::setPropertyValue(instance, CIMName("InstanceID"), instanceID);
+    ORV_Common::setPropertyValue(instance, CIMName("ElementName"), elementName);
+    ORV_Common::setPropertyValue(instance, CIMName("StatisticTime"),
+                                 ORV_Common::getCIMDateTime(data.time));
+    setStartStatisticTime(instance, data.time, s, "VolumeStatisticalData", elementName);
+    ORV_Common::setPropertyValue(instance, CIMName("ElementType"), ELEMENT_TYPE_VOLUME);
+    ORV_Common::setPropertyValue(instance, CIMName("TotalIOs"), totalCount);
+    ORV_Common::setPropertyValue(instance, CIMName("ReadIOs"), Uint64(s.read.count));
+    ORV_Common::setPropertyValue(instance, CIMName("WriteIOs"), Uint64(s.write.count));
+    ORV_Common::setPropertyValue(instance, CIMName("KBytesTransferred"), Uint64(totalBytes >> 10));
+    ORV_Common::setPropertyValue(instance, CIMName("KBytesWritten"), Uint64(s.write.bytes >> 10));
+    ORV_Common::setPropertyValue(instance, CIMName("KBytesRead"), Uint64(s.read.bytes >> 10));
+    ORV_Common::setPropertyValue(instance, CIMName("IOTimeCounter"), totalTicks);
+    ORV_Common::setPropertyValue(instance, CIMName("ReadIOTimeCounter"), Uint64(s.read.ticks));
+    ORV_Common::setPropertyValue(instance, CIMName("WriteIOTimeCounter"), Uint64(s.write.ticks));
+    ORV_Common::setPropertyValue(instance, CIMName("ReadHitIOs"), Uint64(data.cacheRead.hit));
+    ORV_Common::setPropertyValue(instance, CIMName("WriteHitIOs"), Uint64(data.cacheWrite.hit));
+    ORV_Common::setPropertyValue(instance, CIMName("ReadMissIOs"), Uint64(data.cacheRead.miss));
+    ORV_Common::setPropertyValue(instance, CIMName("WriteMissIOs"), Uint64(data.cacheWrite.miss));
+    ORV_Common::setPropertyValue(instance, CIMName("ReadServiceTimeCounter"),
+                                 serviceTime(s.read.ticks, s.read.count));
+    ORV_Common::setPropertyValue(instance, CIMName("WriteServiceTimeCounter"),
+                                 serviceTime(s.write.ticks, s.write.count));
+    ORV_Common::setPropertyValue(instance, CIMName("TotalServiceTimeCounter"),
+                                 serviceTime(totalTicks, totalCount));
+    ORV_Common::setPropertyValue(instance, CIMName("QueueLength"), Uint32(s.qlen));
+    ORV_Common::setPropertyValue(instance, CIMName("PercentBusy"), percentBusy(s));
+
+    instance.setPath(buildObjectPath(hostAddr, instanceID));
+    return instance;
+}
+
+// ---- shared computations ----------------------------------------------------
+
+Uint32 ORV_VolumeStatisticalDataProvider::percentBusy(const api_stats_t& stats)
+{
+    // The interval deliberately comes from the low halves only: a wrap of the
+    // low word reads as no interval at all.
+    Sint32 ticksElapsed = (Sint32)((Uint32)stats.now - (Uint32)stats.begin);
+    if (ticksElapsed <= 0)
+    {
+        return 0;
+    }
+    Uint32 percent = (Uint32)((Uint64(stats.busyticks) * 1000) / (Uint64)ticksElapsed);
+    Uint32 result = percent / 10;
+    if (percent % 10 > 4)
+    {
+        result++;
+    }
+    return result > 100 ? 100 : result;
+}
+
+Uint64 ORV_VolumeStatisticalDataProvider::serviceTime(Uint64 ticks, Uint64 count)
+{
+    return count == 0 ? 0 : ticks / count;
+}
+
+void ORV_VolumeStatisticalDataProvider::setStartStatisticTime(CIMInstance& instance,
+                                                              time_t sampleTime,
+                                                              const api_stats_t& stats,
+                                                              const char* what,
+                                                              const String& elementName)
+{
+    Uint64 secsElapsed = (Uint64(stats.now) - Uint64(stats.begin)) / 1000000;
+    long start = (long)(Uint64(sampleTime) - secsElapsed);
+    try
+    {
+        ORV_Common::setPropertyValue(instance, CIMName("StartStatisticTime"),
+                                     ORV_Common::getCIMDateTime(start));
+    }
+    catch (Exception& e)
+    {
+        ORV_Common::setPropertyValue(instance, CIMName("StartStatisticTime"),
+                                     ORV_Common::getCIMDateTime(0));
+        log_message(LOG_ERROR, "Error calculating StartStatisticTime for %s: %s, %s\n", what,
+                    (const char*)elementName.getCString(),
+                    (const char*)e.getMessage().getCString());
+    }
+}
+
+String ORV_VolumeStatisticalDataProvider::fieldText(const char* field, size_t size)
+{
+    size_t length = 0;
+    while (length < size && field[length] != '\0')
+    {
+        length++;
+    }
+    return String(field, (Uint32)length);
+}
+
+// ---- fetching ---------------------------------------------------------------
+
+Array<CIMInstance> ORV_VolumeStatisticalDataProvider::_build_instances(
+    const CIMName&, bool includeQualifiers, bool includeClassOrigin,
+    const CIMPropertyList& propertyList, Uint64 vvWWN_re, Uint64 vvWWN, Uint32* cursor_id,
+    bool isChunked)
+{
+    log_message(LOG_TRACE, "--> ORV_VolumeStatisticalDataProvider::_build_instances\n");
+    Array<CIMInstance> instances;
+    api_VolumesStats_t allstats;
+    memset(&allstats, 0, sizeof(allstats));
+    FreeOnExit<api_VolumeStats_t> release(allstats.stats);
+
+    Sint32 status;
+    if (!isChunked)
+    {
+        status = callLocked([&]() {
+            return api_getVolumeStats_chunk(&allstats, vvWWN, vvWWN_re, cursor_id, 0);
+        });
+    }
+    else
+    {
+        if (cursor_id == NULL)
+        {
+            log_message(LOG_ERROR, "ORV_VolumeStatisticalDataProvider::_buildVVInstances  "
+                                   "getVVs_chunk() invalid cursor_id.\n");
+            throw CIMOperationFailedException("Internal error.");
+        }
+        status = callLocked([&]() {
+            return api_getVolumeStats_chunk(&allstats, API_WWN_ALL_VOLUMES, API_WWN_ALL_VOLUMES,
+                                            cursor_id, CHUNK_SIZE);
+        });
+        if (status != 0)
+        {
+            log_message(LOG_ERROR,
+                        "ORV_VolumeStatisticalDataProvider::_buildVVInstances  getVVs_chunk() "
+                        "failed, status = %d \n",
+                        status);
+            throw CIMOperationFailedException("Internal error.");
+        }
+    }
+
+    if (status == 0)
+    {
+        CIMClass cimClass = ORV_Common::getStoredCIMClass(
+            _cimom, OperationContext(), ORV_Common::NAMESPACE, SERVED_CLASS, false,
+            includeQualifiers, includeClassOrigin, propertyList);
+        instances.reserveCapacity(allstats.count);
+        for (Uint32 i = 0; i < allstats.count; i++)
+        {
+            instances.append(buildInstance(cimClass, allstats.stats[i], _hostAddr));
+        }
+    }
+    log_message(LOG_TRACE, "<-- ORV_VolumeStatisticalDataProvider::_build_instances\n");
+    return instances;
+}
+
+Array<CIMObjectPath> ORV_VolumeStatisticalDataProvider::_build_ref(Uint32* cursor_id,
+                                                                   Uint32 chunk_size)
+{
+    log_message(LOG_TRACE, "--> ORV_VolumeStatisticalDataProvider::_build_ref\n");
+    if (cursor_id == NULL)
+    {
+        log_message(LOG_ERROR,
+                    "ORV_VolumeStatisticalData,_build_ref  getVVs_chunk() invalid cursor_id.\n");
+        throw CIMOperationFailedException("Internal error.");
+    }
+    Array<CIMObjectPath> paths;
+    api_VolumesStats_t allstats;
+    memset(&allstats, 0, sizeof(allstats));
+    FreeOnExit<api_VolumeStats_t> release(allstats.stats);
+
+    Sint32 status = callLocked([&]() {
+        return api_getVolumeStats_chunk(&allstats, API_WWN_ALL_VOLUMES, API_WWN_ALL_VOLUMES,
+                                        cursor_id, chunk_size);
+    });
+    // Unlike the instance chunks, a failure here just ends the listing.
+    if (status == 0)
+    {
+        paths.reserveCapacity(allstats.count);
+        for (Uint32 i = 0; i < allstats.count; i++)
+        {
+            paths.append(buildObjectPath(_hostAddr, makeInstanceID(allstats.stats[i])));
+        }
+    }
+    log_message(LOG_TRACE, "<-- ORV_VolumeStatisticalDataProvider::_build_ref\n");
+    return paths;
+}

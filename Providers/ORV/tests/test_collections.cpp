@@ -16,6 +16,8 @@
 #include "ORV_StatisticsCollectionProvider.h"
 #include "orvsim.h"
 
+#include <cimrepo/ClassRepository.h>
+
 using namespace orvtest;
 
 namespace
@@ -318,6 +320,50 @@ TEST_F(DirectProviderTest, InitializeFailsWithoutALocalConnection)
     EXPECT_ANY_THROW(p->initialize(unbound));
     delete p;
     om().makeLocal();
+}
+
+} // namespace
+
+namespace
+{
+
+// Every class that the registration names is defined, with its key, and the
+// module itself loaded without complaint.
+TEST_F(CollectionsTest, RegisteredClassesAreDefined)
+{
+    const char* classes[] = {
+        "ORV_StatisticsCollection", "ORV_BlockStatisticsManifestCollection",
+        "ORV_AssociatedBlockStatisticsManifestCollection", "ORV_BlockStatisticsManifest",
+        "ORV_MemberOfBlockStatisticsManifestCollection", "ORV_MemberOfStatisticsCollection",
+        "ORV_ArrayStatisticalData", "ORV_ArrayElementStatisticalData", "ORV_NodeStatisticalData",
+        "ORV_NodeElementStatisticalData", "ORV_DiskStatisticalData",
+        "ORV_DiskElementStatisticalData", "ORV_PortStatisticalData",
+        "ORV_PortElementStatisticalData", "ORV_VolumeStatisticalData",
+        "ORV_VolumeElementStatisticalData", "ORV_BlockStatisticsService",
+        "ORV_BlockStatisticsCapabilities", "ORV_StatisticsElementCapabilities",
+        "ORV_LUNStatisticalData"};
+    const CIMNamespaceName ns("root/orv");
+    for (const char* name : classes)
+    {
+        EXPECT_TRUE(om().repository().classExists(ns, CIMName(name))) << name;
+    }
+    for (const std::string& line : om().loadErrors())
+    {
+        EXPECT_EQ(std::string::npos, line.find("ORV_StatsProvider")) << line;
+    }
+    CIMClass service = om().getClass(contextFor(READER_USER), ns,
+                                     CIMName("ORV_BlockStatisticsService"), false, true, false,
+                                     CIMPropertyList());
+    EXPECT_NE(PEG_NOT_FOUND, service.findMethod(CIMName("GetStatisticsCollection")));
+    CIMClass volume = om().getClass(contextFor(READER_USER), ns,
+                                    CIMName("ORV_VolumeStatisticalData"), false, true, false,
+                                    CIMPropertyList());
+    const char* props[] = {"InstanceID", "StatisticTime", "ElementType", "ReadHitIOs",
+                           "ReadServiceTimeCounter", "QueueLength", "PercentBusy"};
+    for (const char* p : props)
+    {
+        EXPECT_NE(PEG_NOT_FOUND, volume.findProperty(CIMName(p))) << p;
+    }
 }
 
 } // namespace

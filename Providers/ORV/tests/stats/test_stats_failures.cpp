@@ -1,0 +1,398 @@
+// Refused requests, management API and semaphore failures, chunk
+// boundaries and the trace of the statistical-data providers.
+
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <Pegasus/Common/Exception.h>
+#include <Pegasus/Sdk/CollectingResponseHandlers.h>
+
+#include "ORV_ArrayStatisticalDataProvider.h"
+#include "ORV_DiskStatisticalDataProvider.h"
+#include "ORV_LUNStatisticalDataProvider.h"
+#include "ORV_NodeStatisticalDataProvider.h"
+#include "ORV_PortStatisticalDataProvider.h"
+#include "ORV_VolumeStatisticalDataProvider.h"
+#include "StatsTestSupport.h"
+
+using namespace orvtest;
+using namespace orvstats;
+
+namespace
+{
+
+const CIMName VOLUME("ORV_VolumeStatisticalData");
+const CIMName DISK("ORV_DiskStatisticalData");
+const CIMName PORT("ORV_PortStatisticalData");
+const CIMName NODE("ORV_NodeStatisticalData");
+const CIMName ARRAY("ORV_ArrayStatisticalData");
+const CIMName LUN("ORV_LUNStatisticalData");
+
+struct Served
+{
+    const char* provider;
+    CIMName cls;
+};
+
+const Served SERVED[] = {
+    {"ORV_VolumeStatisticalDataProvider", VOLUME}, {"ORV_DiskStatisticalDataProvider", DISK},
+    {"ORV_PortStatisticalDataProvider", PORT},     {"ORV_NodeStatisticalDataProvider", NODE},
+    {"ORV_ArrayStatisticalDataProvider", ARRAY},   {"ORV_LUNStatisticalDataProvider", LUN},
+};
+
+std::string volumesModel(Uint32 count)
+{
+    return "{\"volumes\": {\"count\": " + std::to_string(count) + "}}";
+}
+
+class StatsFailureTest : public ModuleFixture
+{
+protected:
+    void SetUp() override
+    {
+        ModuleFixture::SetUp();
+        loadModelFile("exact.json");
+        orvsim_reset_sem_counters();
+        orvsim_reset_call_counts();
+    }
+
+    void TearDown() override
+    {
+        expectSemaphoreBalanced();
+        ModuleFixture::TearDown();
+    }
+
+    // A fault on the named call, leaving an allocated array behind so that
+    // the free on the failure path is exercised.
+    void failCall(const char* call, int status)
+    {
+        ASSERT_EQ(0, orvsim_set_fault(call, status, 0, 1)) << call;
+    }
+};
+
+TEST_F(StatsFailureTest, RequestsAreRefusedBeforeAnyLibraryCall)
+{
+    for (const Served& s : SERVED)
+    {
+        SCOPED_TRACE(s.provider);
+        DirectProvider dp(s.provider);
+        CIMInstanceProvider& p = dp.instances();
+        const std::string name = s.provider;
+        CIMObjectPath good = instancePath(s.cls, "QZ_KYRO:x-Stats");
+        CIMObjectPath wrong = instancePath(CIMName("FOO"), "QZ_KYRO:x-Stats");
+        Array<CIMKeyBinding> otherKeys;
+        otherKeys.append(CIMKeyBinding(CIMName("Name"), "x", CIMKeyBinding::STRING));
+        CIMObjectPath noKey(String(), CIMNamespaceName("root/orv"), s.cls, otherKeys);
+        unsigned long waitsBefore = orvsim_sem_waits();
+        Sdk::CollectingInstanceResponseHandler ih;
+        Sdk::CollectingObjectPathResponseHandler ph;
+        Sdk::CollectingResponseHandler rh;
+
+        struct Case
+        {
+            const char* what;
+            std::function<void()> call;
+            CIMStatusCode code;
+            std::string message;
+        } cases[] = {
+            // The user is checked before the class.
+            {"refused user", [&]() {
+                 p.getInstance(contextFor(REFUSED_USER), wrong, false, false, CIMPropertyList(),
+                               ih);
+             },
+             CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user"},
+            {"refused user enumerating", [&]() {
+                 p.enumerateInstances(contextFor(REFUSED_USER), good, false, false,
+                                      CIMPropertyList(), ih);
+             },
+             CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user"},
+            {"wrong class", [&]() {
+                 p.getInstance(contextFor(READER_USER), wrong, false, false, CIMPropertyList(), ih);
+             },
+             CIM_ERR_NOT_SUPPORTED, name + " Invalid class nameFOO"},
+            // Not wrapped, even where enumeration errors are.
+            {"wrong class enumerating", [&]() {
+                 p.enumerateInstances(contextFor(READER_USER), wrong, false, false,
+                                      CIMPropertyList(), ih);
+             },
+             CIM_ERR_NOT_SUPPORTED, name + " Invalid class nameFOO"},
+            {"wrong class names", [&]() {
+                 p.enumerateInstanceNames(contextFor(READER_USER), wrong, ph);
+             },
+             CIM_ERR_NOT_SUPPORTED, name + " Invalid class nameFOO"},
+            {"no InstanceID", [&]() {
+                 p.getInstance(contextFor(READER_USER), noKey, false, false, CIMPropertyList(), ih);
+             },
+             CIM_ERR_INVALID_PARAMETER, name + " InstanceID key not found."},
+            {"modify", [&]() {
+                 p.modifyInstance(contextFor(READER_USER), good, CIMInstance(s.cls), false,
+                                  CIMPropertyList(), rh);
+             },
+             CIM_ERR_NOT_SUPPORTED, name + " does not support modifyInstance."},
+            {"create", [&]() {
+                 p.createInstance(contextFor(READER_USER), good, CIMInstance(s.cls), ph);
+             },
+             CIM_ERR_NOT_SUPPORTED, name + " does not support createInstance."},
+            {"delete", [&]() { p.deleteInstance(contextFor(READER_USER), good, rh); },
+             CIM_ERR_NOT_SUPPORTED, name + " does not support deleteInstance."},
+        };
+        for (const Case& c : cases)
+        {
+            CimOutcome o = runCatching(c.call);
+            EXPECT_EQ(c.code, o.code) << c.what;
+            EXPECT_EQ(c.message, o.message) << c.what;
+        }
+        EXPECT_EQ(waitsBefore, orvsim_sem_waits());
+        EXPECT_EQ(0u, ih.processingCount() + ph.processingCount() + rh.processingCount());
+    }
+}
+
+TEST_F(StatsFailureTest, ConstructorWithPathIsRefusedByEveryProvider)
+{
+    const CIMObjectPath path = instancePath(VOLUME, "x");
+    const std::function<void()> constructors[] = {
+        [&]() { ORV_VolumeStatisticalDataProvider p(path); },
+        [&]() { ORV_DiskStatisticalDataProvider p(path); },
+        [&]() { ORV_PortStatisticalDataProvider p(path); },
+        [&]() { ORV_NodeStatisticalDataProvider p(path); },
+        [&]() { ORV_ArrayStatisticalDataProvider p(path); },
+        [&]() { ORV_LUNStatisticalDataProvider p(path); },
+    };
+    for (size_t i = 0; i < sizeof(SERVED) / sizeof(SERVED[0]); i++)
+    {
+        CimOutcome o = runCatching(constructors[i]);
+        EXPECT_EQ(CIM_ERR_NOT_SUPPORTED, o.code);
+        EXPECT_EQ(std::string(SERVED[i].provider) +
+                      " does not support constructor with object path.",
+                  o.message);
+    }
+}
+
+TEST_F(StatsFailureTest, LibraryFailuresAreSilent)
+{
+    struct Case
+    {
+        CIMName cls;
+        const char* call;
+        int status;
+        Uint32 instances, names;
+        const char* getId;
+    } cases[] = {
+        {DISK, "api_getDiskStats", API_ERR_IO, 0, 0, "QZ_KYRO:5000C50000001000-Stats"},
+        {DISK, "cim_sem_wait", API_ERR_BUSY, 0, 0, "QZ_KYRO:5000C50000001000-Stats"},
+        {PORT, "api_getPortStats", API_ERR_IO, 0, 0, "QZ_KYRO:P-0-1-1-Stats"},
+        {PORT, "cim_sem_wait", API_ERR_DEADLOCK, 0, 0, "QZ_KYRO:P-0-1-1-Stats"},
+        {LUN, "api_getVLunStats", API_ERR_NO_MEMORY, 0, 0, "QZ_KYRO:VLUN_7-Stats"},
+        {LUN, "cim_sem_wait", API_ERR_BUSY, 0, 0, "QZ_KYRO:VLUN_7-Stats"},
+        {NODE, "api_getNodes", API_ERR_IO, 0, 0, "QZ_KYRO:n0-Stats"},
+        {NODE, "cim_sem_wait", API_ERR_BUSY, 0, 0, "QZ_KYRO:n0-Stats"},
+        // Names of the array need no library call.
+        {ARRAY, "api_getPortStats", API_ERR_IO, 0, 1, nullptr},
+        {ARRAY, "cim_sem_wait", API_ERR_BUSY, 0, 1, nullptr},
+        {VOLUME, "api_getVolumeStats_chunk", API_ERR_IO, 0, 0,
+         "QZ_KYRO:0123456789ABCDEF0123456789ABCDEF-Stats"},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(std::string(str(c.cls.getString())) + " " + c.call);
+        failCall(c.call, c.status);
+        if (!c.cls.equal(VOLUME))
+        {
+            EXPECT_EQ(c.instances, enumerateInstances(READER_USER, c.cls).size());
+        }
+        EXPECT_EQ(c.names, enumerateInstanceNames(READER_USER, c.cls).size());
+        std::string id = c.getId ? c.getId : "QZ_KYRO:" + simSystemName() + "-Stats";
+        CimOutcome o =
+            runCatching([&]() { getInstance(READER_USER, instancePath(c.cls, id.c_str())); });
+        EXPECT_EQ(CIM_ERR_NOT_FOUND, o.code);
+        orvsim_clear_faults();
+        expectSemaphoreBalanced();
+    }
+    // The semaphore failing means the query is not made at all.
+    orvsim_reset_call_counts();
+    failCall("cim_sem_wait", API_ERR_BUSY);
+    enumerateInstances(READER_USER, DISK);
+    EXPECT_EQ(0ul, orvsim_call_count("api_getDiskStats"));
+}
+
+TEST_F(StatsFailureTest, NodePartialFailuresDegradeTheFigures)
+{
+    failCall("api_getPortStats", API_ERR_IO);
+    Array<CIMInstance> nodes = enumerateInstances(READER_USER, NODE);
+    ASSERT_EQ(3u, nodes.size());
+    EXPECT_EQ(0u, get<Uint64>(nodes[0], "TotalIOs"));
+    EXPECT_EQ(dateOf(0), date(nodes[0], "StatisticTime"));
+    EXPECT_EQ(700u, get<Uint64>(nodes[0], "ReadHitIOs"));
+    orvsim_clear_faults();
+
+    failCall("api_getNodeStats", API_ERR_IO);
+    nodes = enumerateInstances(READER_USER, NODE);
+    ASSERT_EQ(3u, nodes.size());
+    EXPECT_EQ(150u, get<Uint64>(nodes[0], "TotalIOs"));
+    EXPECT_EQ(0u, get<Uint64>(nodes[0], "ReadHitIOs"));
+    EXPECT_EQ(0u, get<Uint32>(nodes[0], "SSDCfcMax"));
+    orvsim_clear_faults();
+
+    failCall("api_getNodeCPUStats", API_ERR_NOT_FOUND);
+    nodes = enumerateInstances(READER_USER, NODE);
+    ASSERT_EQ(3u, nodes.size());
+    EXPECT_EQ(150u, get<Uint64>(nodes[0], "TotalIOs"));
+    EXPECT_TRUE(valueOf(nodes[0], "Interrupts").isNull());
+    EXPECT_TRUE(valueOf(nodes[0], "TotalCPUUserTimeCounter").isNull());
+    orvsim_clear_faults();
+
+    // The CPU query is the one made outside the semaphore; the others are
+    // each bracketed on their own.
+    orvsim_reset_sem_counters();
+    enumerateInstances(READER_USER, NODE);
+    EXPECT_EQ(3ul, orvsim_sem_waits());
+}
+
+TEST_F(StatsFailureTest, ChunkFailureEndsEnumerationAfterDeliveredChunks)
+{
+    loadModelJson(volumesModel(450));
+    struct Case
+    {
+        const char* call;
+        int status;
+    } cases[] = {{"api_getVolumeStats_chunk", API_ERR_IO}, {"cim_sem_wait", API_ERR_BUSY}};
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.call);
+        // The second chunk fails.
+        ASSERT_EQ(0, orvsim_set_fault(c.call, c.status, 1, 1));
+        DirectProvider dp("ORV_VolumeStatisticalDataProvider");
+        Sdk::CollectingInstanceResponseHandler handler;
+        CimOutcome o;
+        std::string log = captureLog([&]() {
+            o = runCatching([&]() {
+                dp.instances().enumerateInstances(contextFor(READER_USER), classPath(VOLUME), false,
+                                                  false, CIMPropertyList(), handler);
+            });
+        });
+        EXPECT_EQ(CIM_ERR_FAILED, o.code);
+        EXPECT_EQ("ORV_VolumeStatisticalDataProvider::enumerateInstances - Operation failed: "
+                  "Internal error.",
+                  o.message);
+        EXPECT_EQ("processing,deliver[200]", handler.callSequence());
+        EXPECT_NE(std::string::npos,
+                  log.find("ORV_VolumeStatisticalDataProvider::_buildVVInstances  getVVs_chunk() "
+                           "failed, status = " +
+                           std::to_string(c.status) + " \n"))
+            << log;
+
+        // Listing names just stops at the failed chunk.
+        orvsim_clear_faults();
+        ASSERT_EQ(0, orvsim_set_fault(c.call, c.status, 1, 1));
+        Sdk::CollectingObjectPathResponseHandler names;
+        dp.instances().enumerateInstanceNames(contextFor(READER_USER), classPath(VOLUME), names);
+        EXPECT_EQ("processing,deliver[200],deliver[0],complete", names.callSequence());
+        orvsim_clear_faults();
+        expectSemaphoreBalanced();
+    }
+
+    // Through the object manager the client sees the wrapped error.
+    ASSERT_EQ(0, orvsim_set_fault("api_getVolumeStats_chunk", API_ERR_IO, 2, 0));
+    CimOutcome o = runCatching([&]() { enumerateInstances(READER_USER, VOLUME); });
+    EXPECT_EQ(CIM_ERR_FAILED, o.code);
+    EXPECT_EQ("ORV_VolumeStatisticalDataProvider::enumerateInstances - Operation failed: "
+              "Internal error.",
+              o.message);
+}
+
+TEST_F(StatsFailureTest, ChunkBoundaries)
+{
+    struct Case
+    {
+        Uint32 volumes;
+        const char* sequence;
+    } cases[] = {
+        {0, "processing,deliver[0],complete"},
+        {1, "processing,deliver[1],complete"},
+        {199, "processing,deliver[199],complete"},
+        {200, "processing,deliver[200],complete"},
+        {201, "processing,deliver[200],deliver[1],complete"},
+        {400, "processing,deliver[200],deliver[200],complete"},
+        {401, "processing,deliver[200],deliver[200],deliver[1],complete"},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.volumes);
+        loadModelJson(volumesModel(c.volumes));
+        DirectProvider dp("ORV_VolumeStatisticalDataProvider");
+        Sdk::CollectingInstanceResponseHandler instances;
+        Sdk::CollectingObjectPathResponseHandler names;
+        orvsim_reset_call_counts();
+        dp.instances().enumerateInstances(contextFor(READER_USER), classPath(VOLUME), false, false,
+                                          CIMPropertyList(), instances);
+        EXPECT_EQ(c.sequence, instances.callSequence());
+        // One library call per delivered chunk.
+        EXPECT_EQ(instances.deliverCallCount(), orvsim_call_count("api_getVolumeStats_chunk"));
+        dp.instances().enumerateInstanceNames(contextFor(READER_USER), classPath(VOLUME), names);
+        EXPECT_EQ(c.sequence, names.callSequence());
+
+        // Every volume once, in the same order in both listings.
+        Array<CIMInstance> got = instances.getObjects();
+        Array<CIMObjectPath> paths = names.getObjects();
+        ASSERT_EQ(c.volumes, got.size());
+        ASSERT_EQ(c.volumes, paths.size());
+        std::set<std::string> seen;
+        for (Uint32 i = 0; i < got.size(); i++)
+        {
+            seen.insert(instanceIdOf(got[i].getPath()));
+            EXPECT_TRUE(ORV_Common::matchObjectPath(got[i].getPath(), paths[i]));
+        }
+        EXPECT_EQ(c.volumes, seen.size());
+    }
+}
+
+TEST_F(StatsFailureTest, EveryRequestIsTracedUnderItsProviderName)
+{
+    for (const Served& s : SERVED)
+    {
+        SCOPED_TRACE(s.provider);
+        const std::string name = s.provider;
+        std::string log =
+            captureLog([&]() { enumerateInstances(READER_USER, s.cls); });
+        // Entry first, exit last, the build in between.
+        EXPECT_EQ(0u, log.find("--> " + name + "::enumerateInstances\n")) << log.substr(0, 200);
+        size_t build = log.find("--> " + name + "::_build_instances\n");
+        size_t built = log.find("<-- " + name + "::_build_instances\n");
+        EXPECT_NE(std::string::npos, build);
+        EXPECT_LT(build, built);
+        const std::string exit = "<-- " + name + "::enumerateInstances\n";
+        ASSERT_GE(log.size(), exit.size());
+        EXPECT_EQ(exit, log.substr(log.size() - exit.size()));
+
+        log = captureLog([&]() { enumerateInstanceNames(READER_USER, s.cls); });
+        EXPECT_EQ(0u, log.find("--> " + name + "::enumerateInstanceNames\n"));
+        EXPECT_NE(std::string::npos, log.find("<-- " + name + "::_build_ref\n"));
+    }
+}
+
+TEST_F(StatsFailureTest, LunGetInstanceOpensTheApiASecondTime)
+{
+    orvsim_reset_call_counts();
+    getInstance(READER_USER, instancePath(LUN, "QZ_KYRO:VLUN_7-Stats"));
+    // Once for the caller, once for the server itself.
+    char* last = orvsim_last_call("api_orvOpenForCimserver");
+    ASSERT_NE(nullptr, last);
+    EXPECT_STREQ("api_orvOpenForCimserver(null)", last);
+    free(last);
+
+    // A refusal of the second open is only logged.
+    ASSERT_EQ(0, orvsim_set_fault("api_orvOpenForCimserver", API_ERR_ACCESS, 1, 0));
+    CIMInstance got;
+    std::string log = captureLog(
+        [&]() { got = getInstance(READER_USER, instancePath(LUN, "QZ_KYRO:VLUN_7-Stats")); });
+    EXPECT_EQ("VLUN 7 Statistical Data", text(got, "ElementName"));
+    EXPECT_NE(std::string::npos,
+              log.find("ORV_LUNStatisticalDataProvider::initialize(): "
+                       "api_orvOpenForCimserver failed\n"));
+}
+
+} // namespace

@@ -5,6 +5,7 @@
 #include <Pegasus/Common/Linkage.h>
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 #include <new>
 
@@ -268,9 +269,15 @@ private:
             rep->size = _rep->size;
             _rep = rep;
         }
-        else if (capacity > _rep->capacity)
+        else
         {
-            _rep->realloc(capacity);
+            // Another thread may just have dropped its copy: see its last
+            // reads before writing.
+            std::atomic_thread_fence(std::memory_order_acquire);
+            if (capacity > _rep->capacity)
+            {
+                _rep->realloc(capacity);
+            }
         }
     }
 

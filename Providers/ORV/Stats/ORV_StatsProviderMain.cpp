@@ -7,6 +7,9 @@
 
 #include "ORV_BlockStatisticsManifestCollectionProvider.h"
 #include "ORV_StatisticsCollectionProvider.h"
+#include "ORV_AssociatedBlockStatisticsManifestCollectionProvider.h"
+#include "ORV_MemberOfBlockStatisticsManifestCollectionProvider.h"
+#include "ORV_MemberOfStatisticsCollectionProvider.h"
 #include "ORV_ArrayStatisticalDataProvider.h"
 #include "ORV_DiskStatisticalDataProvider.h"
 #include "ORV_LUNStatisticalDataProvider.h"
@@ -44,7 +47,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     if (String::equalNoCase(providerName,
                             "ORV_AssociatedBlockStatisticsManifestCollectionProvider"))
     {
-        return 0;
+        return create<ORV_AssociatedBlockStatisticsManifestCollectionProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_BlockStatisticsManifestProvider"))
     {
@@ -52,11 +55,11 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_MemberOfBlockStatisticsManifestCollectionProvider"))
     {
-        return 0;
+        return create<ORV_MemberOfBlockStatisticsManifestCollectionProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_MemberOfStatisticsCollectionProvider"))
     {
-        return 0;
+        return create<ORV_MemberOfStatisticsCollectionProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_ArrayStatisticalDataProvider"))
     {

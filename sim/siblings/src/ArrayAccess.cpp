@@ -36,8 +36,7 @@ template <typename Record> struct _Owned
 } // namespace
 
 ArrayAccessError::ArrayAccessError(const std::string& call, int status)
-    : _call(call), _status(status),
-      _text(call + " failed, status = " + std::to_string(status))
+    : _call(call), _status(status), _text(call + " failed, status = " + std::to_string(status))
 {
 }
 
@@ -86,35 +85,37 @@ std::vector<api_DiskStats_t> readDisks()
 {
     api_DisksStats_t disks;
     std::memset(&disks, 0, sizeof(disks));
-    const int status = _underSemaphore([&] {
-        return api_getDiskStats(API_DISK_ALL, API_WWN_ALL_VOLUMES, API_SEL_ANY, API_SEL_ANY,
-                                API_SEL_ANY, &disks);
-    });
+    const int status = _underSemaphore(
+        [&]
+        {
+            return api_getDiskStats(API_DISK_ALL, API_WWN_ALL_VOLUMES, API_SEL_ANY, API_SEL_ANY,
+                                    API_SEL_ANY, &disks);
+        });
     _Owned<api_DiskStats_t> owned;
     owned.records = disks.stats;
     if (status != 0)
     {
         throw ArrayAccessError("api_getDiskStats", status);
     }
-    return std::vector<api_DiskStats_t>(disks.stats,
-                                        disks.stats + (disks.stats ? disks.count : 0));
+    return std::vector<api_DiskStats_t>(disks.stats, disks.stats + (disks.stats ? disks.count : 0));
 }
 
 std::vector<api_PortStats_t> readPorts()
 {
     api_PortsStats_t ports;
     std::memset(&ports, 0, sizeof(ports));
-    const int status = _underSemaphore([&] {
-        return api_getPortStats(API_PORT_TYPE_ALL, API_SEL_ANY, API_SEL_ANY, API_SEL_ANY, &ports);
-    });
+    const int status = _underSemaphore(
+        [&] {
+            return api_getPortStats(API_PORT_TYPE_ALL, API_SEL_ANY, API_SEL_ANY, API_SEL_ANY,
+                                    &ports);
+        });
     _Owned<api_PortStats_t> owned;
     owned.records = ports.stats;
     if (status != 0)
     {
         throw ArrayAccessError("api_getPortStats", status);
     }
-    return std::vector<api_PortStats_t>(ports.stats,
-                                        ports.stats + (ports.stats ? ports.count : 0));
+    return std::vector<api_PortStats_t>(ports.stats, ports.stats + (ports.stats ? ports.count : 0));
 }
 
 void visitVolumes(const std::function<bool(const api_VVInfo_t&)>& visit, uint32_t chunkSize)

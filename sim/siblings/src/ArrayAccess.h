@@ -41,8 +41,7 @@ std::vector<api_PortStats_t> readPorts();
 
 // Walks the volume list chunk by chunk (chunkSize volumes a call) and hands
 // each volume to visit; stops early when visit answers false.
-void visitVolumes(const std::function<bool(const api_VVInfo_t&)>& visit,
-                  uint32_t chunkSize = 200);
+void visitVolumes(const std::function<bool(const api_VVInfo_t&)>& visit, uint32_t chunkSize = 200);
 
 // Descriptive data that the statistics queries do not carry; false when the
 // model has none for that device.

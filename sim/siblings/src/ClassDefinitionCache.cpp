@@ -59,8 +59,8 @@ std::string ClassDefinitionCache::makeKey(const CIMNamespaceName& nameSpace,
 
 CIMClass ClassDefinitionCache::get(CIMOMHandle& cimom, const OperationContext& context,
                                    const CIMNamespaceName& nameSpace, const CIMName& className,
-                                   bool localOnly, bool includeQualifiers,
-                                   bool includeClassOrigin, const CIMPropertyList& propertyList)
+                                   bool localOnly, bool includeQualifiers, bool includeClassOrigin,
+                                   const CIMPropertyList& propertyList)
 {
     const std::string key = makeKey(nameSpace, className, localOnly, includeQualifiers,
                                     includeClassOrigin, propertyList);

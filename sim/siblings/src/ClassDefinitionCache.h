@@ -26,9 +26,8 @@ class ClassDefinitionCache
 public:
     Pegasus::CIMClass get(Pegasus::CIMOMHandle& cimom, const Pegasus::OperationContext& context,
                           const Pegasus::CIMNamespaceName& nameSpace,
-                          const Pegasus::CIMName& className, bool localOnly,
-                          bool includeQualifiers, bool includeClassOrigin,
-                          const Pegasus::CIMPropertyList& propertyList);
+                          const Pegasus::CIMName& className, bool localOnly, bool includeQualifiers,
+                          bool includeClassOrigin, const Pegasus::CIMPropertyList& propertyList);
 
     // Number of definitions held.
     size_t size() const;

@@ -18,12 +18,12 @@ namespace orvsib
 Pegasus::CIMInstance buildStorageSystem(const Pegasus::CIMClass& cimClass,
                                         const orvsim_identity_t& identity);
 
-Pegasus::CIMInstance buildNodeSystem(const Pegasus::CIMClass& cimClass,
-                                     const api_NodeInfo_t& node, const Pegasus::String& host);
+Pegasus::CIMInstance buildNodeSystem(const Pegasus::CIMClass& cimClass, const api_NodeInfo_t& node,
+                                     const Pegasus::String& host);
 
 // info may be null when the model has no descriptive data for the drive.
-Pegasus::CIMInstance buildDiskExtent(const Pegasus::CIMClass& cimClass,
-                                     const api_DiskStats_t& disk, const orvsim_disk_info_t* info,
+Pegasus::CIMInstance buildDiskExtent(const Pegasus::CIMClass& cimClass, const api_DiskStats_t& disk,
+                                     const orvsim_disk_info_t* info,
                                      const Pegasus::String& systemName,
                                      const Pegasus::String& host);
 
@@ -32,8 +32,7 @@ Pegasus::CIMInstance buildPort(const Pegasus::CIMClass& cimClass, const api_Port
                                const orvsim_port_info_t* info, const Pegasus::String& host);
 
 Pegasus::CIMInstance buildVolume(const Pegasus::CIMClass& cimClass, const api_VVInfo_t& volume,
-                                 const Pegasus::String& systemName,
-                                 const Pegasus::String& host);
+                                 const Pegasus::String& systemName, const Pegasus::String& host);
 
 Pegasus::CIMInstance buildInternalCache(const Pegasus::CIMClass& cimClass,
                                         const Pegasus::String& host);

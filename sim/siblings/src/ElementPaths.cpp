@@ -34,9 +34,8 @@ CIMKeyBinding _key(const char* name, const String& value)
     return CIMKeyBinding(CIMName(name), value, CIMKeyBinding::STRING);
 }
 
-CIMObjectPath _devicePath(const String& host, const CIMName& className,
-                          const char* systemClass, const String& systemName,
-                          const String& deviceID)
+CIMObjectPath _devicePath(const String& host, const CIMName& className, const char* systemClass,
+                          const String& systemName, const String& deviceID)
 {
     Array<CIMKeyBinding> keys;
     keys.append(_key("CreationClassName", className.getString()));
@@ -127,7 +126,7 @@ String canonicalWWN(const String& wwn)
 // Static builders declared for the modules that link against this one.
 
 CIMObjectPath ORV_StorageVolumeProvider::createObjectPath(String wwn, const String& systemName,
-                                                         const String& hostAddr)
+                                                          const String& hostAddr)
 {
     return orvsib::volumePath(hostAddr, systemName, wwn);
 }
@@ -144,8 +143,7 @@ CIMObjectPath ORV_NodeSystemProvider::buildObjectPath(const String& hostAddr, co
     return orvsib::nodeSystemPath(hostAddr, node);
 }
 
-CIMObjectPath ORV_FCPortProvider::buildObjectPath(const CIMName& className,
-                                                  const String& hostAddr,
+CIMObjectPath ORV_FCPortProvider::buildObjectPath(const CIMName& className, const String& hostAddr,
                                                   const String& nodeDeviceID,
                                                   const String& portDeviceID)
 {
@@ -156,6 +154,6 @@ CIMObjectPath ORV_EthernetPortProvider::buildObjectPath(const String& hostAddr,
                                                         const String& portDeviceID,
                                                         const String& nodeDeviceID)
 {
-    return orvsib::portPath(CIMName(orvsib::ETHERNET_PORT_CLASS), hostAddr,
-                            nodeDeviceID, portDeviceID);
+    return orvsib::portPath(CIMName(orvsib::ETHERNET_PORT_CLASS), hostAddr, nodeDeviceID,
+                            portDeviceID);
 }

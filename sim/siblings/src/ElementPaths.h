@@ -40,8 +40,7 @@ extern const char* const INTERNAL_CACHE_ID;
 Pegasus::CIMObjectPath storageSystemPath(const Pegasus::String& host,
                                          const Pegasus::String& systemName);
 
-Pegasus::CIMObjectPath nodeSystemPath(const Pegasus::String& host,
-                                      const Pegasus::String& nodeName);
+Pegasus::CIMObjectPath nodeSystemPath(const Pegasus::String& host, const Pegasus::String& nodeName);
 
 Pegasus::CIMObjectPath diskExtentPath(const Pegasus::String& host,
                                       const Pegasus::String& systemName,
@@ -51,8 +50,7 @@ Pegasus::CIMObjectPath portPath(const Pegasus::CIMName& className, const Pegasus
                                 const Pegasus::String& nodeDeviceID,
                                 const Pegasus::String& portDeviceID);
 
-Pegasus::CIMObjectPath volumePath(const Pegasus::String& host,
-                                  const Pegasus::String& systemName,
+Pegasus::CIMObjectPath volumePath(const Pegasus::String& host, const Pegasus::String& systemName,
                                   const Pegasus::String& wwn);
 
 Pegasus::CIMObjectPath internalCachePath(const Pegasus::String& host);

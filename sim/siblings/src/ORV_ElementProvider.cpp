@@ -54,13 +54,9 @@ bool _isClassNameKey(const CIMName& name)
 
 } // namespace
 
-ORV_ElementProvider::ORV_ElementProvider(ElementKind kind) : _kind(kind)
-{
-}
+ORV_ElementProvider::ORV_ElementProvider(ElementKind kind) : _kind(kind) {}
 
-ORV_ElementProvider::~ORV_ElementProvider()
-{
-}
+ORV_ElementProvider::~ORV_ElementProvider() {}
 
 const char* ORV_ElementProvider::providerName(ElementKind kind)
 {
@@ -101,10 +97,10 @@ void ORV_ElementProvider::_checkRequest(const OperationContext& context,
 void ORV_ElementProvider::_checkKeys(const CIMObjectPath& path) const
 {
     // The keys this kind needs are exactly those of a path it builds.
-    const CIMObjectPath sample = _kind == ElementKind::StorageSystem ||
-                                         _kind == ElementKind::NodeSystem
-                                     ? storageSystemPath(String(), String())
-                                     : diskExtentPath(String(), String(), String());
+    const CIMObjectPath sample =
+        _kind == ElementKind::StorageSystem || _kind == ElementKind::NodeSystem
+            ? storageSystemPath(String(), String())
+            : diskExtentPath(String(), String(), String());
     const Array<CIMKeyBinding>& wanted = sample.getKeyBindings();
     const Array<CIMKeyBinding>& given = path.getKeyBindings();
     for (Uint32 i = 0; i < wanted.size(); i++)
@@ -147,9 +143,8 @@ bool ORV_ElementProvider::_keysMatch(const CIMObjectPath& requested,
                 // Clients may write a WWN in either case.
                 value = canonicalWWN(value);
             }
-            matched = _isClassNameKey(name)
-                          ? String::equalNoCase(value, keys[i].getValue())
-                          : String::equal(value, keys[i].getValue());
+            matched = _isClassNameKey(name) ? String::equalNoCase(value, keys[i].getValue())
+                                            : String::equal(value, keys[i].getValue());
             break;
         }
         if (!matched)
@@ -165,8 +160,8 @@ CIMClass ORV_ElementProvider::_classDefinition(Boolean includeQualifiers,
                                                const CIMPropertyList& propertyList)
 {
     return ORV_InternalCacheService::getInstance()->getStoredCIMClass(
-        _cimom, OperationContext(), CIMNamespaceName(ELEMENT_NAMESPACE),
-        CIMName(className(_kind)), false, includeQualifiers, includeClassOrigin, propertyList);
+        _cimom, OperationContext(), CIMNamespaceName(ELEMENT_NAMESPACE), CIMName(className(_kind)),
+        false, includeQualifiers, includeClassOrigin, propertyList);
 }
 
 void ORV_ElementProvider::_visit(const _Visitor& visitor) const
@@ -184,8 +179,7 @@ void ORV_ElementProvider::_visit(const _Visitor& visitor) const
     case ElementKind::NodeSystem:
         for (const api_NodeInfo_t& node : readNodes())
         {
-            if (!visitor(nodeSystemPath(host, String(node.nodeName)),
-                         [&](const CIMClass& cimClass)
+            if (!visitor(nodeSystemPath(host, String(node.nodeName)), [&](const CIMClass& cimClass)
                          { return buildNodeSystem(cimClass, node, host); }))
             {
                 return;
@@ -256,24 +250,25 @@ void ORV_ElementProvider::getInstance(const OperationContext& context,
 
     bool found = false;
     CIMInstance instance;
-    reportingApiFailures(providerName(_kind), [&] {
-        _visit(
-            [&](const CIMObjectPath& path, const _Builder& build)
-            {
-                if (!_keysMatch(instanceReference, path))
-                {
-                    return true;
-                }
-                instance = build(
-                    _classDefinition(includeQualifiers, includeClassOrigin, propertyList));
-                found = true;
-                return false;
-            });
-    });
+    reportingApiFailures(providerName(_kind),
+                         [&]
+                         {
+                             _visit(
+                                 [&](const CIMObjectPath& path, const _Builder& build)
+                                 {
+                                     if (!_keysMatch(instanceReference, path))
+                                     {
+                                         return true;
+                                     }
+                                     instance = build(_classDefinition(
+                                         includeQualifiers, includeClassOrigin, propertyList));
+                                     found = true;
+                                     return false;
+                                 });
+                         });
     if (!found)
     {
-        throw CIMObjectNotFoundException(_text("no such element: ") +
-                                         instanceReference.toString());
+        throw CIMObjectNotFoundException(_text("no such element: ") + instanceReference.toString());
     }
     handler.processing();
     handler.deliver(instance);
@@ -288,25 +283,26 @@ void ORV_ElementProvider::enumerateInstances(const OperationContext& context,
                                              InstanceResponseHandler& handler)
 {
     _checkRequest(context, classReference);
-    const CIMClass cimClass =
-        _classDefinition(includeQualifiers, includeClassOrigin, propertyList);
+    const CIMClass cimClass = _classDefinition(includeQualifiers, includeClassOrigin, propertyList);
 
     // Delivered one by one, so that a large array is never held whole.
     bool started = false;
-    reportingApiFailures(providerName(_kind), [&] {
-        _visit(
-            [&](const CIMObjectPath&, const _Builder& build)
-            {
-                const CIMInstance instance = build(cimClass);
-                if (!started)
-                {
-                    handler.processing();
-                    started = true;
-                }
-                handler.deliver(instance);
-                return true;
-            });
-    });
+    reportingApiFailures(providerName(_kind),
+                         [&]
+                         {
+                             _visit(
+                                 [&](const CIMObjectPath&, const _Builder& build)
+                                 {
+                                     const CIMInstance instance = build(cimClass);
+                                     if (!started)
+                                     {
+                                         handler.processing();
+                                         started = true;
+                                     }
+                                     handler.deliver(instance);
+                                     return true;
+                                 });
+                         });
     if (!started)
     {
         handler.processing();
@@ -320,22 +316,24 @@ void ORV_ElementProvider::enumerateInstanceNames(const OperationContext& context
 {
     _checkRequest(context, classReference);
     Array<CIMObjectPath> paths;
-    reportingApiFailures(providerName(_kind), [&] {
-        _visit(
-            [&](const CIMObjectPath& path, const _Builder&)
-            {
-                paths.append(path);
-                return true;
-            });
-    });
+    reportingApiFailures(providerName(_kind),
+                         [&]
+                         {
+                             _visit(
+                                 [&](const CIMObjectPath& path, const _Builder&)
+                                 {
+                                     paths.append(path);
+                                     return true;
+                                 });
+                         });
     handler.processing();
     handler.deliver(paths);
     handler.complete();
 }
 
 void ORV_ElementProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
-                                         const CIMInstance&, const Boolean,
-                                         const CIMPropertyList&, ResponseHandler&)
+                                         const CIMInstance&, const Boolean, const CIMPropertyList&,
+                                         ResponseHandler&)
 {
     throw CIMNotSupportedException(_text("modifyInstance is not supported"));
 }

@@ -64,13 +64,9 @@ bool _answer(const CIMName& methodName, const orvsim_identity_t& identity, CIMPa
 
 } // namespace
 
-ORV_InternalCacheProvider::ORV_InternalCacheProvider()
-{
-}
+ORV_InternalCacheProvider::ORV_InternalCacheProvider() {}
 
-ORV_InternalCacheProvider::~ORV_InternalCacheProvider()
-{
-}
+ORV_InternalCacheProvider::~ORV_InternalCacheProvider() {}
 
 void ORV_InternalCacheProvider::initialize(CIMOMHandle& cimom)
 {
@@ -116,8 +112,7 @@ CIMInstance ORV_InternalCacheProvider::_buildInstance(Boolean includeQualifiers,
 {
     const CIMClass cimClass = ORV_InternalCacheService::getInstance()->getStoredCIMClass(
         _cimom, OperationContext(), CIMNamespaceName(INTERNAL_CACHE_NAMESPACE),
-        CIMName(INTERNAL_CACHE_CLASS), false, includeQualifiers, includeClassOrigin,
-        propertyList);
+        CIMName(INTERNAL_CACHE_CLASS), false, includeQualifiers, includeClassOrigin, propertyList);
     String host;
     reportingApiFailures(PROVIDER_NAME, [&] { host = readIdentity().hostName; });
     return buildInternalCache(cimClass, host);
@@ -203,8 +198,8 @@ void ORV_InternalCacheProvider::invokeMethod(const OperationContext& context,
     CIMParamValue out;
     if (!_answer(methodName, identity, out))
     {
-        throw CIMException(CIM_ERR_METHOD_NOT_FOUND, _text("no such method: ") +
-                                                         methodName.getString());
+        throw CIMException(CIM_ERR_METHOD_NOT_FOUND,
+                           _text("no such method: ") + methodName.getString());
     }
     handler.processing();
     handler.deliverParamValue(out);

@@ -16,9 +16,7 @@ ORV_InternalCacheService* ORV_InternalCacheService::getInstance()
     return &instance;
 }
 
-ORV_InternalCacheService::ORV_InternalCacheService() : _store(new _Store())
-{
-}
+ORV_InternalCacheService::ORV_InternalCacheService() : _store(new _Store()) {}
 
 ORV_InternalCacheService::~ORV_InternalCacheService()
 {
@@ -30,6 +28,6 @@ CIMClass ORV_InternalCacheService::getStoredCIMClass(
     const CIMName& className, bool localOnly, bool includeQualifiers, bool includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    return _store->classes.get(cimom, context, nameSpace, className, localOnly,
-                               includeQualifiers, includeClassOrigin, propertyList);
+    return _store->classes.get(cimom, context, nameSpace, className, localOnly, includeQualifiers,
+                               includeClassOrigin, propertyList);
 }

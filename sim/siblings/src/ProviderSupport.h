@@ -34,9 +34,9 @@ template <typename Work> void orvsib::reportingApiFailures(const char* providerN
     }
     catch (const ArrayAccessError& error)
     {
-        throw Pegasus::CIMException(Pegasus::CIM_ERR_FAILED,
-                                    Pegasus::String(providerName) + Pegasus::String(": ") +
-                                        Pegasus::String(error.what()));
+        throw Pegasus::CIMException(Pegasus::CIM_ERR_FAILED, Pegasus::String(providerName) +
+                                                                 Pegasus::String(": ") +
+                                                                 Pegasus::String(error.what()));
     }
 }
 

@@ -9,42 +9,28 @@ PEGASUS_USING_PEGASUS;
 namespace orvsib_test
 {
 
-cimom::ObjectManager& objectManager()
+namespace
 {
-    static cimom::ObjectManager* manager = [] {
-        auto* om = new cimom::ObjectManager();
-        const std::string root = ORV_SOURCE_ROOT;
-        const CIMNamespaceName orv("root/orv");
-        const CIMNamespaceName internal("root/PG_Internal");
-        om->loadMofFile(root + "/schema/qualifiers.mof", orv);
-        om->loadMofFile(root + "/schema/CIM_Core.mof", orv);
-        om->loadMofFile(root + "/schema/CIM_Devices.mof", orv);
-        om->loadMofFile(root + "/sim/siblings/mof/ORV_Siblings.mof", orv);
-        om->loadMofFile(root + "/schema/qualifiers.mof", internal);
-        om->loadMofFile(root + "/sim/siblings/mof/ORV_InternalCache.mof", internal);
-        om->loadRegistrationFile(root + "/sim/siblings/mof/ORV_SiblingsR.mof");
-        om->makeLocal();
-        return om;
-    }();
-    return *manager;
+
+void loadClasses(cimom::ObjectManager& om)
+{
+    const std::string root = ORV_SOURCE_ROOT;
+    const CIMNamespaceName orv("root/orv");
+    const CIMNamespaceName internal("root/PG_Internal");
+    for (const char* file : {"/schema/qualifiers.mof", "/schema/CIM_Core.mof",
+                             "/schema/CIM_Devices.mof", "/sim/siblings/mof/ORV_Siblings.mof"})
+    {
+        om.loadMofFile(root + file, orv);
+    }
+    om.loadMofFile(root + "/schema/qualifiers.mof", internal);
+    om.loadMofFile(root + "/sim/siblings/mof/ORV_InternalCache.mof", internal);
 }
 
-OperationContext contextFor(const char* user)
-{
-    OperationContext context;
-    context.insert(IdentityContainer(user));
-    return context;
-}
+} // namespace
 
-void loadModel(const std::string& json)
-{
-    orvsim_reset();
-    ASSERT_EQ(0, orvsim_load_model_json(json.c_str())) << orvsim_last_error();
-}
-
-// Two nodes, three disks, one port of each kind the element providers sort
-// (FC, FCoE, iSCSI, SAS) and three volumes, with identities written out so
-// that the tests can state expected keys and values by hand.
+// Two nodes, three disks, one port of each protocol the providers sort (FC,
+// FCoE, iSCSI, SAS) and three volumes, with identities written out so that
+// tests can state expected keys and values by hand.
 const char* const SMALL_MODEL = R"({
   "system": {"name": "ORV-TEST-7", "hostName": "orv-test-7.example.net", "id": 424242,
              "type": -3, "address": "192.0.2.17", "quadPort": false},
@@ -69,119 +55,90 @@ const char* const SMALL_MODEL = R"({
     {"name": "vol-c", "wwn": "60002AC000000000000000000000A003"}]}
 })";
 
-CountingDispatcher::CountingDispatcher(CIMOMDispatcher& target) : _target(target)
+cimom::ObjectManager& objectManager()
 {
+    static cimom::ObjectManager* manager = []
+    {
+        auto* om = new cimom::ObjectManager();
+        loadClasses(*om);
+        om->loadRegistrationFile(std::string(ORV_SOURCE_ROOT) +
+                                 "/sim/siblings/mof/ORV_SiblingsR.mof");
+        om->makeLocal();
+        return om;
+    }();
+    return *manager;
 }
 
-CIMClass CountingDispatcher::getClass(const OperationContext& context,
-                                      const CIMNamespaceName& nameSpace,
-                                      const CIMName& className, Boolean localOnly,
-                                      Boolean includeQualifiers, Boolean includeClassOrigin,
-                                      const CIMPropertyList& propertyList)
+CountingObjectManager::CountingObjectManager()
+{
+    loadClasses(*this);
+}
+
+CIMClass CountingObjectManager::getClass(const OperationContext& context,
+                                         const CIMNamespaceName& nameSpace,
+                                         const CIMName& className, Boolean localOnly,
+                                         Boolean includeQualifiers, Boolean includeClassOrigin,
+                                         const CIMPropertyList& propertyList)
 {
     getClassCalls++;
-    if (getClassDelay.count() > 0)
+    std::this_thread::sleep_for(delay);
+    return cimom::ObjectManager::getClass(context, nameSpace, className, localOnly,
+                                          includeQualifiers, includeClassOrigin, propertyList);
+}
+
+OperationContext contextFor(const char* user)
+{
+    OperationContext context;
+    context.insert(IdentityContainer(user));
+    return context;
+}
+
+void loadModel(const std::string& json)
+{
+    orvsim_reset();
+    ASSERT_EQ(0, orvsim_load_model_json(json.c_str())) << orvsim_last_error();
+}
+
+String keyOf(const CIMObjectPath& path, const char* name)
+{
+    for (const CIMKeyBinding& key : toVector(path.getKeyBindings()))
     {
-        std::this_thread::sleep_for(getClassDelay);
+        if (key.getName().equal(CIMName(name)))
+        {
+            return key.getValue();
+        }
     }
-    return _target.getClass(context, nameSpace, className, localOnly, includeQualifiers,
-                            includeClassOrigin, propertyList);
+    return String("<none>");
 }
 
-Array<CIMClass> CountingDispatcher::enumerateClasses(const OperationContext& context,
-                                                     const CIMNamespaceName& nameSpace,
-                                                     const CIMName& className,
-                                                     Boolean deepInheritance, Boolean localOnly,
-                                                     Boolean includeQualifiers,
-                                                     Boolean includeClassOrigin)
+CIMObjectPath withKey(const CIMObjectPath& path, const char* name, const char* value)
 {
-    return _target.enumerateClasses(context, nameSpace, className, deepInheritance, localOnly,
-                                    includeQualifiers, includeClassOrigin);
+    Array<CIMKeyBinding> keys;
+    for (const CIMKeyBinding& key : toVector(path.getKeyBindings()))
+    {
+        if (!key.getName().equal(CIMName(name)))
+        {
+            keys.append(key);
+        }
+        else if (value)
+        {
+            keys.append(CIMKeyBinding(key.getName(), value, key.getType()));
+        }
+    }
+    CIMObjectPath changed = path;
+    changed.setKeyBindings(keys);
+    return changed;
 }
 
-Array<CIMName> CountingDispatcher::enumerateClassNames(const OperationContext& context,
-                                                       const CIMNamespaceName& nameSpace,
-                                                       const CIMName& className,
-                                                       Boolean deepInheritance)
+void SmallModelTest::SetUp()
 {
-    return _target.enumerateClassNames(context, nameSpace, className, deepInheritance);
+    objectManager();
+    loadModel(SMALL_MODEL);
 }
 
-CIMInstance CountingDispatcher::getInstance(const OperationContext& context,
-                                            const CIMNamespaceName& nameSpace,
-                                            const CIMObjectPath& instanceName, Boolean localOnly,
-                                            Boolean includeQualifiers, Boolean includeClassOrigin,
-                                            const CIMPropertyList& propertyList)
+void SmallModelTest::TearDown()
 {
-    return _target.getInstance(context, nameSpace, instanceName, localOnly, includeQualifiers,
-                               includeClassOrigin, propertyList);
-}
-
-Array<CIMInstance> CountingDispatcher::enumerateInstances(
-    const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className,
-    Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers,
-    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
-{
-    return _target.enumerateInstances(context, nameSpace, className, deepInheritance, localOnly,
-                                      includeQualifiers, includeClassOrigin, propertyList);
-}
-
-Array<CIMObjectPath> CountingDispatcher::enumerateInstanceNames(const OperationContext& context,
-                                                                const CIMNamespaceName& nameSpace,
-                                                                const CIMName& className)
-{
-    return _target.enumerateInstanceNames(context, nameSpace, className);
-}
-
-Array<CIMObject> CountingDispatcher::associators(
-    const OperationContext& context, const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
-    const String& role, const String& resultRole, Boolean includeQualifiers,
-    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
-{
-    return _target.associators(context, nameSpace, objectName, assocClass, resultClass, role,
-                               resultRole, includeQualifiers, includeClassOrigin, propertyList);
-}
-
-Array<CIMObjectPath> CountingDispatcher::associatorNames(
-    const OperationContext& context, const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
-    const String& role, const String& resultRole)
-{
-    return _target.associatorNames(context, nameSpace, objectName, assocClass, resultClass, role,
-                                   resultRole);
-}
-
-Array<CIMObject> CountingDispatcher::references(const OperationContext& context,
-                                                const CIMNamespaceName& nameSpace,
-                                                const CIMObjectPath& objectName,
-                                                const CIMName& resultClass, const String& role,
-                                                Boolean includeQualifiers,
-                                                Boolean includeClassOrigin,
-                                                const CIMPropertyList& propertyList)
-{
-    return _target.references(context, nameSpace, objectName, resultClass, role,
-                              includeQualifiers, includeClassOrigin, propertyList);
-}
-
-Array<CIMObjectPath> CountingDispatcher::referenceNames(const OperationContext& context,
-                                                        const CIMNamespaceName& nameSpace,
-                                                        const CIMObjectPath& objectName,
-                                                        const CIMName& resultClass,
-                                                        const String& role)
-{
-    return _target.referenceNames(context, nameSpace, objectName, resultClass, role);
-}
-
-CIMValue CountingDispatcher::invokeMethod(const OperationContext& context,
-                                          const CIMNamespaceName& nameSpace,
-                                          const CIMObjectPath& instanceName,
-                                          const CIMName& methodName,
-                                          const Array<CIMParamValue>& inParameters,
-                                          Array<CIMParamValue>& outParameters)
-{
-    return _target.invokeMethod(context, nameSpace, instanceName, methodName, inParameters,
-                                outParameters);
+    orvsim_reset();
 }
 
 } // namespace orvsib_test

@@ -5,7 +5,6 @@
 #include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/OperationContext.h>
-#include <Pegasus/Sdk/CIMOMDispatcher.h>
 #include <cimom/ObjectManager.h>
 
 #include <gtest/gtest.h>
@@ -19,20 +18,41 @@
 namespace orvsib_test
 {
 
-// One object manager for the whole test program, loaded with the class and
-// registration MOF of the sibling module the way a host loads them.
+// The object manager of the test program, loaded with the sibling module's
+// class and registration MOF as a host loads them, and made local.
 cimom::ObjectManager& objectManager();
 
-// A context carrying a user, as the server builds for a request.
+// An object manager holding the same classes (no providers) that counts its
+// getClass calls and can answer them slowly, so first requests overlap.
+class CountingObjectManager : public cimom::ObjectManager
+{
+public:
+    CountingObjectManager();
+    std::atomic<int> getClassCalls{0};
+    std::chrono::milliseconds delay{0};
+
+    Pegasus::CIMClass getClass(const Pegasus::OperationContext& context,
+                               const Pegasus::CIMNamespaceName& nameSpace,
+                               const Pegasus::CIMName& className, Pegasus::Boolean localOnly,
+                               Pegasus::Boolean includeQualifiers,
+                               Pegasus::Boolean includeClassOrigin,
+                               const Pegasus::CIMPropertyList& propertyList) override;
+};
+
 Pegasus::OperationContext contextFor(const char* user);
 
-// Loads a JSON model into the simulator, failing the test when it is refused.
+// Replaces the simulated array's model, failing the test when it is refused.
 void loadModel(const std::string& json);
 
 // The small model most tests run on (see SiblingsFixture.cpp).
 extern const char* const SMALL_MODEL;
 
-// Pegasus arrays have no iterators; tests walk copies.
+// Value of a key binding ("<none>" when absent), and a copy of path with the
+// key set to value, or removed when value is null.
+Pegasus::String keyOf(const Pegasus::CIMObjectPath& path, const char* name);
+Pegasus::CIMObjectPath withKey(const Pegasus::CIMObjectPath& path, const char* name,
+                               const char* value);
+
 template <typename T> std::vector<T> toVector(const Pegasus::Array<T>& array)
 {
     std::vector<T> out;
@@ -43,10 +63,8 @@ template <typename T> std::vector<T> toVector(const Pegasus::Array<T>& array)
     return out;
 }
 
-// Status code of the CIMException that work throws; CIM_ERR_SUCCESS when it
-// throws none. Keeps the message for assertions.
-template <typename Work>
-Pegasus::CIMStatusCode statusOf(Work work, std::string* message = nullptr)
+// Status of the CIMException that work throws (CIM_ERR_SUCCESS for none).
+template <typename Work> Pegasus::CIMStatusCode statusOf(Work work, std::string* message = nullptr)
 {
     try
     {
@@ -63,77 +81,12 @@ Pegasus::CIMStatusCode statusOf(Work work, std::string* message = nullptr)
     return Pegasus::CIM_ERR_SUCCESS;
 }
 
-// Forwards to the object manager and counts getClass calls; can slow them
-// down so that concurrent first requests overlap.
-class CountingDispatcher : public Pegasus::CIMOMDispatcher
+// Runs each test on SMALL_MODEL and leaves the default model behind.
+class SmallModelTest : public ::testing::Test
 {
-public:
-    explicit CountingDispatcher(Pegasus::CIMOMDispatcher& target);
-
-    std::atomic<int> getClassCalls{0};
-    std::chrono::milliseconds getClassDelay{0};
-
-    Pegasus::CIMClass getClass(const Pegasus::OperationContext& context,
-                               const Pegasus::CIMNamespaceName& nameSpace,
-                               const Pegasus::CIMName& className, Pegasus::Boolean localOnly,
-                               Pegasus::Boolean includeQualifiers,
-                               Pegasus::Boolean includeClassOrigin,
-                               const Pegasus::CIMPropertyList& propertyList) override;
-    Pegasus::Array<Pegasus::CIMClass> enumerateClasses(
-        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMName& className, Pegasus::Boolean deepInheritance,
-        Pegasus::Boolean localOnly, Pegasus::Boolean includeQualifiers,
-        Pegasus::Boolean includeClassOrigin) override;
-    Pegasus::Array<Pegasus::CIMName> enumerateClassNames(
-        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMName& className, Pegasus::Boolean deepInheritance) override;
-    Pegasus::CIMInstance getInstance(const Pegasus::OperationContext& context,
-                                     const Pegasus::CIMNamespaceName& nameSpace,
-                                     const Pegasus::CIMObjectPath& instanceName,
-                                     Pegasus::Boolean localOnly,
-                                     Pegasus::Boolean includeQualifiers,
-                                     Pegasus::Boolean includeClassOrigin,
-                                     const Pegasus::CIMPropertyList& propertyList) override;
-    Pegasus::Array<Pegasus::CIMInstance> enumerateInstances(
-        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMName& className, Pegasus::Boolean deepInheritance,
-        Pegasus::Boolean localOnly, Pegasus::Boolean includeQualifiers,
-        Pegasus::Boolean includeClassOrigin,
-        const Pegasus::CIMPropertyList& propertyList) override;
-    Pegasus::Array<Pegasus::CIMObjectPath> enumerateInstanceNames(
-        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMName& className) override;
-    Pegasus::Array<Pegasus::CIMObject> associators(
-        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& assocClass,
-        const Pegasus::CIMName& resultClass, const Pegasus::String& role,
-        const Pegasus::String& resultRole, Pegasus::Boolean includeQualifiers,
-        Pegasus::Boolean includeClassOrigin,
-        const Pegasus::CIMPropertyList& propertyList) override;
-    Pegasus::Array<Pegasus::CIMObjectPath> associatorNames(
-        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& assocClass,
-        const Pegasus::CIMName& resultClass, const Pegasus::String& role,
-        const Pegasus::String& resultRole) override;
-    Pegasus::Array<Pegasus::CIMObject> references(
-        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& resultClass,
-        const Pegasus::String& role, Pegasus::Boolean includeQualifiers,
-        Pegasus::Boolean includeClassOrigin,
-        const Pegasus::CIMPropertyList& propertyList) override;
-    Pegasus::Array<Pegasus::CIMObjectPath> referenceNames(
-        const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-        const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& resultClass,
-        const Pegasus::String& role) override;
-    Pegasus::CIMValue invokeMethod(const Pegasus::OperationContext& context,
-                                   const Pegasus::CIMNamespaceName& nameSpace,
-                                   const Pegasus::CIMObjectPath& instanceName,
-                                   const Pegasus::CIMName& methodName,
-                                   const Pegasus::Array<Pegasus::CIMParamValue>& inParameters,
-                                   Pegasus::Array<Pegasus::CIMParamValue>& outParameters) override;
-
-private:
-    Pegasus::CIMOMDispatcher& _target;
+protected:
+    void SetUp() override;
+    void TearDown() override;
 };
 
 } // namespace orvsib_test

@@ -10,17 +10,7 @@ BUILD=${BUILD_DIR:-$ROOT/build}
 PASSWORD=${DEMO_PASSWORD:-demo}
 HTTP_PORT=${HTTP_PORT:-5988}
 HTTPS_PORT=${HTTPS_PORT:-5989}
-PACKAGES="g++ cmake make pkg-config libgtest-dev libgmock-dev libbenchmark-dev
-  nlohmann-json3-dev libxml2-dev libmicrohttpd-dev libgnutls28-dev libcrypt-dev
-  sblim-wbemcli curl"
-
-missing=$(for p in $PACKAGES; do dpkg-query -W -f='${Status}' "$p" 2>/dev/null |
-    grep -q 'install ok installed' || echo "$p"; done)
-if [ -n "$missing" ]; then
-    echo "Installing: $missing"
-    SUDO=""; [ "$(id -u)" = 0 ] || SUDO=sudo
-    $SUDO apt-get update && $SUDO apt-get install -y $missing
-fi
+bash "$ROOT/scripts/install-deps.sh"
 
 cmake -S "$ROOT" -B "$BUILD" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build "$BUILD" --target orv-cimserver orv-cimuser ORV_StatsProvider \

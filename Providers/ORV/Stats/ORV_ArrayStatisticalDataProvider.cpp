@@ -25,10 +25,6 @@ const Uint16 ELEMENT_TYPE_SYSTEM = 2;
 const int LOG_ERROR = 2;
 const int LOG_TRACE = 4;
 
-void setU64(CIMInstance& instance, const char* name, Uint64 value)
-{
-    ORV_Common::setPropertyValue(instance, CIMName(name), value);
-}
 } // namespace
 
 ORV_ArrayStatisticalDataProvider::ORV_ArrayStatisticalDataProvider()
@@ -224,15 +220,7 @@ CIMInstance ORV_ArrayStatisticalDataProvider::buildInstance(CIMClass cls,
     ORV_Common::setPropertyValue(instance, CIMName("StatisticTime"),
                                  ORV_Common::getCIMDateTime(time(NULL)));
     ORV_Common::setPropertyValue(instance, CIMName("ElementType"), ELEMENT_TYPE_SYSTEM);
-    setU64(instance, "TotalIOs", read.count + write.count);
-    setU64(instance, "ReadIOs", read.count);
-    setU64(instance, "WriteIOs", write.count);
-    setU64(instance, "KBytesTransferred", (write.bytes + read.bytes) >> 10);
-    setU64(instance, "KBytesWritten", write.bytes >> 10);
-    setU64(instance, "KBytesRead", read.bytes >> 10);
-    setU64(instance, "IOTimeCounter", read.ticks + write.ticks);
-    setU64(instance, "ReadIOTimeCounter", read.ticks);
-    setU64(instance, "WriteIOTimeCounter", write.ticks);
+    Family::setIoCounters(instance, read, write);
 
     instance.setPath(buildObjectPath(hostAddr, instanceID));
     return instance;

@@ -177,7 +177,6 @@ CIMInstance ORV_DiskStatisticalDataProvider::buildInstance(CIMClass cimClass,
 {
     const api_stats_t& s = data.stats;
     Uint64 totalCount = s.read.count + s.write.count;
-    Uint64 totalBytes = s.read.bytes + s.write.bytes;
     Uint64 totalTicks = s.read.ticks + s.write.ticks;
 
     CIMInstance instance = ORV_Common::buildInstanceSkeleton(cimClass);
@@ -191,15 +190,7 @@ CIMInstance ORV_DiskStatisticalDataProvider::buildInstance(CIMClass cimClass,
                                  ORV_Common::getCIMDateTime(data.time));
     Family::setStartStatisticTime(instance, data.time, s, "DiskStatisticalData", elementName);
     ORV_Common::setPropertyValue(instance, CIMName("ElementType"), ELEMENT_TYPE_DISK);
-    ORV_Common::setPropertyValue(instance, CIMName("TotalIOs"), totalCount);
-    ORV_Common::setPropertyValue(instance, CIMName("ReadIOs"), Uint64(s.read.count));
-    ORV_Common::setPropertyValue(instance, CIMName("WriteIOs"), Uint64(s.write.count));
-    ORV_Common::setPropertyValue(instance, CIMName("KBytesTransferred"), Uint64(totalBytes >> 10));
-    ORV_Common::setPropertyValue(instance, CIMName("KBytesWritten"), Uint64(s.write.bytes >> 10));
-    ORV_Common::setPropertyValue(instance, CIMName("KBytesRead"), Uint64(s.read.bytes >> 10));
-    ORV_Common::setPropertyValue(instance, CIMName("IOTimeCounter"), totalTicks);
-    ORV_Common::setPropertyValue(instance, CIMName("ReadIOTimeCounter"), Uint64(s.read.ticks));
-    ORV_Common::setPropertyValue(instance, CIMName("WriteIOTimeCounter"), Uint64(s.write.ticks));
+    Family::setIoCounters(instance, s.read, s.write);
     ORV_Common::setPropertyValue(instance, CIMName("ReadServiceTimeCounter"),
                                  Family::serviceTime(s.read.ticks, s.read.count));
     ORV_Common::setPropertyValue(instance, CIMName("WriteServiceTimeCounter"),

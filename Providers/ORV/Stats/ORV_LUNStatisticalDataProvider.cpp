@@ -31,11 +31,6 @@ const int LOG_TRACE = 4;
 const size_t ID_BUFFER_SIZE = 327;
 const size_t ID_LONG_FORM_BOUND = 326;
 
-void setU64(CIMInstance& instance, const char* name, Uint64 value)
-{
-    ORV_Common::setPropertyValue(instance, CIMName(name), value);
-}
-
 int fieldLength(const char* field, size_t size)
 {
     return (int)strnlen(field, size);
@@ -290,15 +285,7 @@ CIMInstance ORV_LUNStatisticalDataProvider::buildInstance(CIMClass cimClass,
     ORV_Common::setPropertyValue(instance, CIMName("StatisticTime"),
                                  ORV_Common::getCIMDateTime(data.time));
     ORV_Common::setPropertyValue(instance, CIMName("ElementType"), ELEMENT_TYPE_LOGICAL_UNITS);
-    setU64(instance, "TotalIOs", s.read.count + s.write.count);
-    setU64(instance, "ReadIOs", s.read.count);
-    setU64(instance, "WriteIOs", s.write.count);
-    setU64(instance, "KBytesTransferred", (s.read.bytes + s.write.bytes) >> 10);
-    setU64(instance, "KBytesWritten", s.write.bytes >> 10);
-    setU64(instance, "KBytesRead", s.read.bytes >> 10);
-    setU64(instance, "IOTimeCounter", s.read.ticks + s.write.ticks);
-    setU64(instance, "ReadIOTimeCounter", s.read.ticks);
-    setU64(instance, "WriteIOTimeCounter", s.write.ticks);
+    Family::setIoCounters(instance, s.read, s.write);
 
     instance.setPath(buildObjectPath(hostAddr, instanceID));
     return instance;

@@ -311,15 +311,7 @@ CIMInstance ORV_NodeStatisticalDataProvider::buildInstance(CIMClass cls, Uint32 
     Family::setStartStatisticTime(instance, portStats.time, s, "NodeStatisticalData",
                                   elementName);
     ORV_Common::setPropertyValue(instance, CIMName("ElementType"), ELEMENT_TYPE_NODE);
-    setU64(instance, "TotalIOs", s.write.count + s.read.count);
-    setU64(instance, "ReadIOs", s.read.count);
-    setU64(instance, "WriteIOs", s.write.count);
-    setU64(instance, "KBytesTransferred", (s.write.bytes + s.read.bytes) >> 10);
-    setU64(instance, "KBytesWritten", s.write.bytes >> 10);
-    setU64(instance, "KBytesRead", s.read.bytes >> 10);
-    setU64(instance, "IOTimeCounter", s.write.ticks + s.read.ticks);
-    setU64(instance, "ReadIOTimeCounter", s.read.ticks);
-    setU64(instance, "WriteIOTimeCounter", s.write.ticks);
+    Family::setIoCounters(instance, s.read, s.write);
 
     setU64(instance, "ReadHitIOs", cache.cmp_hits[0]);
     setU64(instance, "WriteHitIOs", cache.cmp_hits[1]);

@@ -191,18 +191,7 @@ CIMInstance ORV_PortStatisticalDataProvider::buildInstance(CIMClass cimClass,
     ORV_Common::setPropertyValue(instance, CIMName("StatisticTime"),
                                  ORV_Common::getCIMDateTime(data.time));
     ORV_Common::setPropertyValue(instance, CIMName("ElementType"), elementType);
-    ORV_Common::setPropertyValue(instance, CIMName("TotalIOs"),
-                                 Uint64(s.read.count + s.write.count));
-    ORV_Common::setPropertyValue(instance, CIMName("ReadIOs"), Uint64(s.read.count));
-    ORV_Common::setPropertyValue(instance, CIMName("WriteIOs"), Uint64(s.write.count));
-    ORV_Common::setPropertyValue(instance, CIMName("KBytesTransferred"),
-                                 Uint64((s.read.bytes + s.write.bytes) >> 10));
-    ORV_Common::setPropertyValue(instance, CIMName("KBytesWritten"), Uint64(s.write.bytes >> 10));
-    ORV_Common::setPropertyValue(instance, CIMName("KBytesRead"), Uint64(s.read.bytes >> 10));
-    ORV_Common::setPropertyValue(instance, CIMName("IOTimeCounter"),
-                                 Uint64(s.read.ticks + s.write.ticks));
-    ORV_Common::setPropertyValue(instance, CIMName("ReadIOTimeCounter"), Uint64(s.read.ticks));
-    ORV_Common::setPropertyValue(instance, CIMName("WriteIOTimeCounter"), Uint64(s.write.ticks));
+    Family::setIoCounters(instance, s.read, s.write);
 
     instance.setPath(buildObjectPath(hostAddr, instanceID));
     return instance;

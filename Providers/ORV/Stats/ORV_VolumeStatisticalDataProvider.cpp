@@ -20,6 +20,35 @@ const String ID_SUFFIX("-Stats");
 const Uint16 ELEMENT_TYPE_VOLUME = 8;
 const int LOG_ERROR = 2;
 const int LOG_TRACE = 4;
+
+// Property names, built once rather than per instance.
+const CIMName P_ELEMENT_NAME("ElementName");
+const CIMName P_STATISTIC_TIME("StatisticTime");
+const CIMName P_START_STATISTIC_TIME("StartStatisticTime");
+const CIMName P_ELEMENT_TYPE("ElementType");
+const CIMName P_TOTAL_IOS("TotalIOs");
+const CIMName P_READ_IOS("ReadIOs");
+const CIMName P_WRITE_IOS("WriteIOs");
+const CIMName P_KBYTES_TRANSFERRED("KBytesTransferred");
+const CIMName P_KBYTES_WRITTEN("KBytesWritten");
+const CIMName P_KBYTES_READ("KBytesRead");
+const CIMName P_IO_TIME("IOTimeCounter");
+const CIMName P_READ_IO_TIME("ReadIOTimeCounter");
+const CIMName P_WRITE_IO_TIME("WriteIOTimeCounter");
+const CIMName P_READ_HITS("ReadHitIOs");
+const CIMName P_WRITE_HITS("WriteHitIOs");
+const CIMName P_READ_MISSES("ReadMissIOs");
+const CIMName P_WRITE_MISSES("WriteMissIOs");
+const CIMName P_READ_SERVICE_TIME("ReadServiceTimeCounter");
+const CIMName P_WRITE_SERVICE_TIME("WriteServiceTimeCounter");
+const CIMName P_TOTAL_SERVICE_TIME("TotalServiceTimeCounter");
+const CIMName P_QUEUE_LENGTH("QueueLength");
+const CIMName P_PERCENT_BUSY("PercentBusy");
+
+void setU64(CIMInstance& instance, const CIMName& name, Uint64 value)
+{
+    ORV_Common::setPropertyValue(instance, name, value);
+}
 } // namespace
 
 ORV_VolumeStatisticalDataProvider::ORV_VolumeStatisticalDataProvider()
@@ -244,7 +273,6 @@ CIMInstance ORV_VolumeStatisticalDataProvider::buildInstance(CIMClass cimClass,
 {
     const api_stats_t& s = data.stats;
     Uint64 totalCount = s.read.count + s.write.count;
-    Uint64 totalBytes = s.read.bytes + s.write.bytes;
     Uint64 totalTicks = s.read.ticks + s.write.ticks;
 
     CIMInstance instance = ORV_Common::buildInstanceSkeleton(cimClass);
@@ -252,33 +280,22 @@ CIMInstance ORV_VolumeStatisticalDataProvider::buildInstance(CIMClass cimClass,
     String elementName =
         String("Volume ") + fieldText(data.vvName, sizeof(data.vvName)) + " Statistical Data";
 
-    ORV_Common::setPropertyValue(instance, CIMName("InstanceID"), instanceID);
-    ORV_Common::setPropertyValue(instance, CIMName("ElementName"), elementName);
-    ORV_Common::setPropertyValue(instance, CIMName("StatisticTime"),
+    ORV_Common::setPropertyValue(instance, INSTANCE_ID, instanceID);
+    ORV_Common::setPropertyValue(instance, P_ELEMENT_NAME, elementName);
+    ORV_Common::setPropertyValue(instance, P_STATISTIC_TIME,
                                  ORV_Common::getCIMDateTime(data.time));
     setStartStatisticTime(instance, data.time, s, "VolumeStatisticalData", elementName);
-    ORV_Common::setPropertyValue(instance, CIMName("ElementType"), ELEMENT_TYPE_VOLUME);
-    ORV_Common::setPropertyValue(instance, CIMName("TotalIOs"), totalCount);
-    ORV_Common::setPropertyValue(instance, CIMName("ReadIOs"), Uint64(s.read.count));
-    ORV_Common::setPropertyValue(instance, CIMName("WriteIOs"), Uint64(s.write.count));
-    ORV_Common::setPropertyValue(instance, CIMName("KBytesTransferred"), Uint64(totalBytes >> 10));
-    ORV_Common::setPropertyValue(instance, CIMName("KBytesWritten"), Uint64(s.write.bytes >> 10));
-    ORV_Common::setPropertyValue(instance, CIMName("KBytesRead"), Uint64(s.read.bytes >> 10));
-    ORV_Common::setPropertyValue(instance, CIMName("IOTimeCounter"), totalTicks);
-    ORV_Common::setPropertyValue(instance, CIMName("ReadIOTimeCounter"), Uint64(s.read.ticks));
-    ORV_Common::setPropertyValue(instance, CIMName("WriteIOTimeCounter"), Uint64(s.write.ticks));
-    ORV_Common::setPropertyValue(instance, CIMName("ReadHitIOs"), Uint64(data.cacheRead.hit));
-    ORV_Common::setPropertyValue(instance, CIMName("WriteHitIOs"), Uint64(data.cacheWrite.hit));
-    ORV_Common::setPropertyValue(instance, CIMName("ReadMissIOs"), Uint64(data.cacheRead.miss));
-    ORV_Common::setPropertyValue(instance, CIMName("WriteMissIOs"), Uint64(data.cacheWrite.miss));
-    ORV_Common::setPropertyValue(instance, CIMName("ReadServiceTimeCounter"),
-                                 serviceTime(s.read.ticks, s.read.count));
-    ORV_Common::setPropertyValue(instance, CIMName("WriteServiceTimeCounter"),
-                                 serviceTime(s.write.ticks, s.write.count));
-    ORV_Common::setPropertyValue(instance, CIMName("TotalServiceTimeCounter"),
-                                 serviceTime(totalTicks, totalCount));
-    ORV_Common::setPropertyValue(instance, CIMName("QueueLength"), Uint32(s.qlen));
-    ORV_Common::setPropertyValue(instance, CIMName("PercentBusy"), percentBusy(s));
+    ORV_Common::setPropertyValue(instance, P_ELEMENT_TYPE, ELEMENT_TYPE_VOLUME);
+    setIoCounters(instance, s.read, s.write);
+    setU64(instance, P_READ_HITS, data.cacheRead.hit);
+    setU64(instance, P_WRITE_HITS, data.cacheWrite.hit);
+    setU64(instance, P_READ_MISSES, data.cacheRead.miss);
+    setU64(instance, P_WRITE_MISSES, data.cacheWrite.miss);
+    setU64(instance, P_READ_SERVICE_TIME, serviceTime(s.read.ticks, s.read.count));
+    setU64(instance, P_WRITE_SERVICE_TIME, serviceTime(s.write.ticks, s.write.count));
+    setU64(instance, P_TOTAL_SERVICE_TIME, serviceTime(totalTicks, totalCount));
+    ORV_Common::setPropertyValue(instance, P_QUEUE_LENGTH, Uint32(s.qlen));
+    ORV_Common::setPropertyValue(instance, P_PERCENT_BUSY, percentBusy(s));
 
     instance.setPath(buildObjectPath(hostAddr, instanceID));
     return instance;
@@ -304,6 +321,21 @@ Uint32 ORV_VolumeStatisticalDataProvider::percentBusy(const api_stats_t& stats)
     return result > 100 ? 100 : result;
 }
 
+void ORV_VolumeStatisticalDataProvider::setIoCounters(CIMInstance& instance,
+                                                      const api_stats_data_t& read,
+                                                      const api_stats_data_t& write)
+{
+    setU64(instance, P_TOTAL_IOS, read.count + write.count);
+    setU64(instance, P_READ_IOS, read.count);
+    setU64(instance, P_WRITE_IOS, write.count);
+    setU64(instance, P_KBYTES_TRANSFERRED, (read.bytes + write.bytes) >> 10);
+    setU64(instance, P_KBYTES_WRITTEN, write.bytes >> 10);
+    setU64(instance, P_KBYTES_READ, read.bytes >> 10);
+    setU64(instance, P_IO_TIME, read.ticks + write.ticks);
+    setU64(instance, P_READ_IO_TIME, read.ticks);
+    setU64(instance, P_WRITE_IO_TIME, write.ticks);
+}
+
 Uint64 ORV_VolumeStatisticalDataProvider::serviceTime(Uint64 ticks, Uint64 count)
 {
     return count == 0 ? 0 : ticks / count;
@@ -319,12 +351,12 @@ void ORV_VolumeStatisticalDataProvider::setStartStatisticTime(CIMInstance& insta
     long start = (long)(Uint64(sampleTime) - secsElapsed);
     try
     {
-        ORV_Common::setPropertyValue(instance, CIMName("StartStatisticTime"),
+        ORV_Common::setPropertyValue(instance, P_START_STATISTIC_TIME,
                                      ORV_Common::getCIMDateTime(start));
     }
     catch (Exception& e)
     {
-        ORV_Common::setPropertyValue(instance, CIMName("StartStatisticTime"),
+        ORV_Common::setPropertyValue(instance, P_START_STATISTIC_TIME,
                                      ORV_Common::getCIMDateTime(0));
         log_message(LOG_ERROR, "Error calculating StartStatisticTime for %s: %s, %s\n", what,
                     (const char*)elementName.getCString(),

@@ -94,6 +94,13 @@ public:
     // interval is taken from the low 32 bits of the two time stamps.
     static Uint32 percentBusy(const api_stats_t& stats);
 
+    // Sets the I/O block every statistics class carries, from the read and
+    // write counters: TotalIOs, ReadIOs, WriteIOs, the three KBytes figures
+    // (byte sums shifted right by 10) and the three I/O time counters. Sums
+    // wrap at 64 bits.
+    static void setIoCounters(CIMInstance& instance, const api_stats_data_t& read,
+                              const api_stats_data_t& write);
+
     // Average time per I/O; 0 when there was no I/O.
     static Uint64 serviceTime(Uint64 ticks, Uint64 count);
 

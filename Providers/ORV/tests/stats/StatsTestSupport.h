@@ -50,7 +50,6 @@ inline bool hasProperty(const CIMInstance& instance, const char* name)
 {
     return instance.findProperty(CIMName(name)) != PEG_NOT_FOUND;
 }
-
 template <class T>
 T get(const CIMInstance& instance, const char* name)
 {
@@ -65,19 +64,17 @@ T get(const CIMInstance& instance, const char* name)
     return out;
 }
 
-inline std::string text(const CIMInstance& instance, const char* name)
+inline std::string text(const CIMInstance& i, const char* name)
 {
-    return orvtest::str(get<String>(instance, name));
+    return orvtest::str(get<String>(i, name));
 }
-
 inline std::string dateOf(long seconds)
 {
     return orvtest::str(ORV_Common::getCIMDateTime(seconds).toString());
 }
-
-inline std::string date(const CIMInstance& instance, const char* name)
+inline std::string date(const CIMInstance& i, const char* name)
 {
-    return orvtest::str(get<CIMDateTime>(instance, name).toString());
+    return orvtest::str(get<CIMDateTime>(i, name).toString());
 }
 
 inline std::string instanceIdOf(const CIMObjectPath& path)
@@ -85,20 +82,6 @@ inline std::string instanceIdOf(const CIMObjectPath& path)
     String id;
     ORV_Common::findFirstKey(path, CIMName("InstanceID"), id);
     return orvtest::str(id);
-}
-
-// Finds the instance with the given InstanceID; fails the test when absent.
-inline CIMInstance byId(const Array<CIMInstance>& instances, const std::string& id)
-{
-    for (Uint32 i = 0; i < instances.size(); i++)
-    {
-        if (instanceIdOf(instances[i].getPath()) == id)
-        {
-            return instances[i];
-        }
-    }
-    ADD_FAILURE() << "no instance " << id;
-    return CIMInstance();
 }
 
 // Every wait matched by a post from the same thread, nothing held, no query

@@ -73,7 +73,8 @@ protected:
 
 TEST_F(StatsValuesTest, VolumesCarryHandComputedCounters)
 {
-    Array<CIMInstance> all = enumerateInstances(READER_USER, VOLUME);
+    Array<CIMInstance> all;
+    std::string log = captureLog([&]() { all = enumerateInstances(READER_USER, VOLUME); });
     ASSERT_EQ(4u, all.size());
     // Library order is kept.
     EXPECT_EQ("QZ_KYRO:0123456789ABCDEF0123456789ABCDEF-Stats", instanceIdOf(all[0].getPath()));
@@ -119,22 +120,14 @@ TEST_F(StatsValuesTest, VolumesCarryHandComputedCounters)
     EXPECT_EQ(0u, get<Uint64>(v3, "TotalServiceTimeCounter"));
     // 1 * 1000 / 2000 = 0 tenths.
     EXPECT_EQ(0u, get<Uint32>(v3, "PercentBusy"));
-}
 
-TEST_F(StatsValuesTest, StartTimeOutOfRangeFallsBackToEpochAndIsLogged)
-{
-    // now < begin: the interval wraps to about 1.8e13 s before the sample.
-    Array<CIMInstance> all;
-    std::string log = captureLog([&]() { all = enumerateInstances(READER_USER, VOLUME); });
-    CIMInstance v4 = byId(all, "QZ_KYRO:60002AC00000000000000000000BAD00-Stats");
-    EXPECT_EQ(dateOf(0), date(v4, "StartStatisticTime"));
-    EXPECT_EQ(dateOf(1700003600), date(v4, "StatisticTime"));
+    // now < begin: the start would lie ~1.8e13 s back; the epoch stands in.
+    EXPECT_EQ(dateOf(0), date(all[3], "StartStatisticTime"));
+    EXPECT_EQ(dateOf(1700003600), date(all[3], "StatisticTime"));
     EXPECT_NE(std::string::npos,
               log.find("Error calculating StartStatisticTime for VolumeStatisticalData: "
                        "Volume backwards Statistical Data, "))
         << log;
-    // The other volumes are built normally.
-    EXPECT_EQ(std::string::npos, log.find("Statistical Data, ", log.find("backwards") + 40));
 }
 
 TEST_F(StatsValuesTest, DisksCarryHandComputedCountersAndKeepDuplicates)
@@ -191,27 +184,23 @@ TEST_F(StatsValuesTest, PortsReportOnlyDataTraffic)
         IoCounters io;
     } rows[] = {
         // 1535 read bytes -> 1 KB; control traffic is ignored.
-        {"QZ_KYRO:P-0-1-1-Stats", "Port 0:1:1 Statistical Data", 6, 1700003600,
-         {150, 100, 50, 1, 0, 1, 3000, 2000, 1000}},
+        {"P-0-1-1", "0:1:1", 6, 1700003600, {150, 100, 50, 1, 0, 1, 3000, 2000, 1000}},
         // Byte counts below 1 KB read as 0.
-        {"QZ_KYRO:P-1-2-1-Stats", "Port 1:2:1 Statistical Data", 6, 1700003000,
-         {100, 100, 0, 0, 0, 0, 0, 0, 0}},
+        {"P-1-2-1", "1:2:1", 6, 1700003000, {100, 100, 0, 0, 0, 0, 0, 0, 0}},
         // Initiator: back-end. 600 + 1023 = 1623 bytes -> 1 KB in all.
-        {"QZ_KYRO:P-1-0-1-Stats", "Port 1:0:1 Statistical Data", 7, 1700003600,
-         {57, 50, 7, 1, 0, 0, 13, 10, 3}},
-        {"QZ_KYRO:P-UNBOUND-Stats", "Port none Statistical Data", 6, 1700009999,
-         {7, 7, 0, 4, 0, 4, 0, 0, 0}},
+        {"P-1-0-1", "1:0:1", 7, 1700003600, {57, 50, 7, 1, 0, 0, 13, 10, 3}},
+        {"P-UNBOUND", "none", 6, 1700009999, {7, 7, 0, 4, 0, 4, 0, 0, 0}},
         // Type "all" counts as back-end; only control traffic: all zero.
-        {"QZ_KYRO:P-0-2-2-Stats", "Port 0:2:2 Statistical Data", 7, 1700004000,
-         {0, 0, 0, 0, 0, 0, 0, 0, 0}},
+        {"P-0-2-2", "0:2:2", 7, 1700004000, {0, 0, 0, 0, 0, 0, 0, 0, 0}},
     };
     for (size_t i = 0; i < sizeof(rows) / sizeof(rows[0]); i++)
     {
         SCOPED_TRACE(rows[i].id);
         const CIMInstance& p = all[i];
         expectPathShape(p, PORT);
-        EXPECT_EQ(rows[i].id, text(p, "InstanceID"));
-        EXPECT_EQ(rows[i].name, text(p, "ElementName"));
+        EXPECT_EQ("QZ_KYRO:" + std::string(rows[i].id) + "-Stats", text(p, "InstanceID"));
+        EXPECT_EQ("Port " + std::string(rows[i].name) + " Statistical Data",
+                  text(p, "ElementName"));
         EXPECT_EQ(rows[i].type, get<Uint16>(p, "ElementType"));
         EXPECT_EQ(dateOf(rows[i].time), date(p, "StatisticTime"));
         expectIo(p, rows[i].io);
@@ -247,8 +236,7 @@ TEST_F(StatsValuesTest, NodesSumTheirPortsAndCarryCacheAndCpuFigures)
     } pages[] = {
         {"FreeCachePages", 5000}, {"CleanCachePages", 2000}, {"Write1CachePages", 10},
         {"WriteNCachePages", 11}, {"WriteScheduledCachePages", 12}, {"WritingCachePages", 13},
-        {"PendingDelayedCopyOnWriteCachePages", 14},
-        {"ProcessingDelayedCopyOnWriteCachePages", 15},
+        {"PendingDelayedCopyOnWriteCachePages", 14}, {"ProcessingDelayedCopyOnWriteCachePages", 15},
         // Device classes: 1 = 10k, 3 = 15k, 2 = nearline, 4 = SSD.
         {"FC10kRPMCfcDirty", 10}, {"FC15kRPMCfcDirty", 30}, {"NLCfcDirty", 20},
         {"SSDCfcDirty", 40}, {"FC10kRPMCfcMax", 100}, {"FC15kRPMCfcMax", 300}, {"NLCfcMax", 200},
@@ -440,7 +428,6 @@ TEST_F(StatsValuesTest, UnknownOrMalformedIdsAreNotFound)
         // match compares the whole ID.
         {VOLUME, "xyzQZ_KYRO:0123456789ABCDEF0123456789ABCDEF-Stats", nullptr},
         {VOLUME, "QZ_KYRO:FFFF-Stats", nullptr},
-        {VOLUME, "QZ_KYRO:n0-Stats", nullptr},
         {DISK, "QZ_KYRO:5000C5000000DEAD-Stats",
          "ORV_DiskStatisticalDataProvider CIM Object not found.QZ_KYRO:5000C5000000DEAD-Stats"},
         {PORT, "QZ_KYRO:P-0-1-1", nullptr},

@@ -15,6 +15,7 @@
 #include <Pegasus/Provider/CIMInstanceProvider.h>
 #include <Pegasus/Provider/CIMMethodProvider.h>
 
+#include <algorithm>
 #include <exception>
 #include <fstream>
 #include <map>
@@ -81,12 +82,12 @@ template <class Operation> auto translated(Operation&& operation) -> decltype(op
     }
 }
 
-// Holds a provider for the length of one call.
+// Holds an acquired provider for the length of one call.
 class ProviderCall
 {
 public:
-    ProviderCall(const Registration& reg, CIMOMHandle& handle, ErrorLog& errors)
-        : _entry(reg.provider), _provider(reg.provider->acquire(handle, errors))
+    ProviderCall(const Registration& reg, CIMProvider* provider)
+        : _entry(reg.provider), _provider(provider)
     {
     }
     ~ProviderCall()
@@ -118,6 +119,45 @@ private:
     ProviderEntry* _entry;
     CIMProvider* _provider;
 };
+
+// Calls serve(call, registration) for every provider a request reaches.
+// One module that cannot be loaded must not take the others down with it:
+// a provider that failed to load is skipped while any other one answers,
+// and only when none of them could be loaded does the request fail, with
+// their reasons. Whatever a loaded provider throws fails the request as is.
+template <class Serve>
+void forEachProvider(const std::vector<Registration>& registrations, CIMOMHandle& handle,
+                     ErrorLog& errors, Serve&& serve)
+{
+    std::vector<std::string> reasons;
+    bool anyLoaded = false;
+    for (const Registration& reg : registrations)
+    {
+        std::string loadError;
+        CIMProvider* provider = reg.provider->tryAcquire(handle, errors, loadError);
+        if (!provider)
+        {
+            // Already reported once, when the failure happened.
+            if (std::find(reasons.begin(), reasons.end(), loadError) == reasons.end())
+            {
+                reasons.push_back(loadError);
+            }
+            continue;
+        }
+        anyLoaded = true;
+        ProviderCall call(reg, provider);
+        serve(call, reg);
+    }
+    if (!anyLoaded && !reasons.empty())
+    {
+        std::string text;
+        for (const std::string& reason : reasons)
+        {
+            text += (text.empty() ? "" : "; ") + reason;
+        }
+        throw CIMException(CIM_ERR_FAILED, String(text.c_str()));
+    }
+}
 
 } // namespace
 
@@ -204,6 +244,25 @@ struct ObjectManager::Impl
     // Association classes registered in ns whose providers can answer for
     // an object of objectClass: the class matches the filter and one of its
     // references (the one named role, when given) can point at the object.
+    // The instance providers of a class and of every subclass, each to be
+    // called with its own class name.
+    std::vector<Registration> instanceProvidersFor(const CIMNamespaceName& ns,
+                                                   const CIMName& className) const
+    {
+        Array<CIMName> classes;
+        classes.append(className);
+        classes.appendArray(repo.getSubClassNames(ns, className, true));
+        std::vector<Registration> result;
+        for (Uint32 c = 0; c < classes.size(); c++)
+        {
+            if (const Registration* reg = registry.find(KindInstance, ns, classes[c]))
+            {
+                result.push_back(Registration{reg->provider, classes[c]});
+            }
+        }
+        return result;
+    }
+
     std::vector<Registration> associationsFor(const CIMNamespaceName& ns,
                                               const CIMName& objectClass,
                                               const CIMName& assocFilter,
@@ -510,12 +569,18 @@ CIMInstance ObjectManager::getInstance(const OperationContext& context,
                                "no instance " + instanceName.toString() + " (class " +
                                    className.getString() + " has no provider)");
         }
-        ProviderCall call(*reg, _impl->handle, _impl->errors);
-        InstanceCollector collector(call.name(), "getInstance");
-        call.as<CIMInstanceProvider>("an instance")
-            .getInstance(withIdentity(context), _impl->requestPath(nameSpace, instanceName),
-                         includeQualifiers, includeClassOrigin, propertyList, collector);
-        if (collector.results.size() == 0)
+        Array<CIMInstance> found;
+        forEachProvider({*reg}, _impl->handle, _impl->errors,
+                        [&](ProviderCall& call, const Registration&) {
+                            InstanceCollector collector(call.name(), "getInstance");
+                            call.as<CIMInstanceProvider>("an instance")
+                                .getInstance(withIdentity(context),
+                                             _impl->requestPath(nameSpace, instanceName),
+                                             includeQualifiers, includeClassOrigin, propertyList,
+                                             collector);
+                            found = collector.results;
+                        });
+        if (found.size() == 0)
         {
             throw CIMException(CIM_ERR_NOT_FOUND,
                                "no instance " + instanceName.toString());
@@ -538,7 +603,7 @@ CIMInstance ObjectManager::getInstance(const OperationContext& context,
         filter.includeQualifiers = includeQualifiers;
         filter.includeClassOrigin = includeClassOrigin;
 
-        CIMInstance instance = filterInstance(collector.results[0], filter);
+        CIMInstance instance = filterInstance(found[0], filter);
         _impl->completeInstancePath(instance, nameSpace);
         if (instance.getPath().getClassName().isNull())
         {
@@ -592,38 +657,29 @@ Array<CIMInstance> ObjectManager::enumerateInstances(const OperationContext& con
             return &it->second;
         };
 
-        Array<CIMName> classes;
-        classes.append(className);
-        classes.appendArray(_impl->repo.getSubClassNames(nameSpace, className, true));
-
         Array<CIMInstance> result;
-        for (Uint32 c = 0; c < classes.size(); c++)
-        {
-            const Registration* reg = _impl->registry.find(KindInstance, nameSpace, classes[c]);
-            if (!reg)
-            {
-                continue;
-            }
-            ProviderCall call(*reg, _impl->handle, _impl->errors);
-            InstanceCollector collector(call.name(), "enumerateInstances");
-            call.as<CIMInstanceProvider>("an instance")
-                .enumerateInstances(providerContext,
-                                    CIMObjectPath(_impl->hostName, nameSpace, classes[c],
-                                                  Array<CIMKeyBinding>()),
-                                    includeQualifiers, includeClassOrigin, propertyList,
-                                    collector);
-            for (Uint32 i = 0; i < collector.results.size(); i++)
-            {
-                InstanceFilter filter;
-                filter.classProperties = allowedFor(collector.results[i].getClassName());
-                filter.propertyList = propertyList;
-                filter.includeQualifiers = includeQualifiers;
-                filter.includeClassOrigin = includeClassOrigin;
-                CIMInstance instance = filterInstance(collector.results[i], filter);
-                _impl->completeInstancePath(instance, nameSpace);
-                result.append(instance);
-            }
-        }
+        forEachProvider(
+            _impl->instanceProvidersFor(nameSpace, className), _impl->handle, _impl->errors,
+            [&](ProviderCall& call, const Registration& reg) {
+                InstanceCollector collector(call.name(), "enumerateInstances");
+                call.as<CIMInstanceProvider>("an instance")
+                    .enumerateInstances(providerContext,
+                                        CIMObjectPath(_impl->hostName, nameSpace, reg.className,
+                                                      Array<CIMKeyBinding>()),
+                                        includeQualifiers, includeClassOrigin, propertyList,
+                                        collector);
+                for (Uint32 i = 0; i < collector.results.size(); i++)
+                {
+                    InstanceFilter filter;
+                    filter.classProperties = allowedFor(collector.results[i].getClassName());
+                    filter.propertyList = propertyList;
+                    filter.includeQualifiers = includeQualifiers;
+                    filter.includeClassOrigin = includeClassOrigin;
+                    CIMInstance instance = filterInstance(collector.results[i], filter);
+                    _impl->completeInstancePath(instance, nameSpace);
+                    result.append(instance);
+                }
+            });
         return result;
     });
 }
@@ -636,27 +692,18 @@ Array<CIMObjectPath> ObjectManager::enumerateInstanceNames(const OperationContex
         _impl->checkClass(nameSpace, className);
         const OperationContext providerContext = withIdentity(context);
 
-        Array<CIMName> classes;
-        classes.append(className);
-        classes.appendArray(_impl->repo.getSubClassNames(nameSpace, className, true));
-
         Array<CIMObjectPath> result;
-        for (Uint32 c = 0; c < classes.size(); c++)
-        {
-            const Registration* reg = _impl->registry.find(KindInstance, nameSpace, classes[c]);
-            if (!reg)
-            {
-                continue;
-            }
-            ProviderCall call(*reg, _impl->handle, _impl->errors);
-            ObjectPathCollector collector(call.name(), "enumerateInstanceNames");
-            call.as<CIMInstanceProvider>("an instance")
-                .enumerateInstanceNames(providerContext,
-                                        CIMObjectPath(_impl->hostName, nameSpace, classes[c],
-                                                      Array<CIMKeyBinding>()),
-                                        collector);
-            result.appendArray(_impl->finishPaths(collector.results, nameSpace, CIMName()));
-        }
+        forEachProvider(
+            _impl->instanceProvidersFor(nameSpace, className), _impl->handle, _impl->errors,
+            [&](ProviderCall& call, const Registration& reg) {
+                ObjectPathCollector collector(call.name(), "enumerateInstanceNames");
+                call.as<CIMInstanceProvider>("an instance")
+                    .enumerateInstanceNames(providerContext,
+                                            CIMObjectPath(_impl->hostName, nameSpace,
+                                                          reg.className, Array<CIMKeyBinding>()),
+                                            collector);
+                result.appendArray(_impl->finishPaths(collector.results, nameSpace, CIMName()));
+            });
         return result;
     });
 }
@@ -685,18 +732,17 @@ Array<CIMObject> ObjectManager::associators(const OperationContext& context,
         filter.includeQualifiers = includeQualifiers;
         filter.includeClassOrigin = includeClassOrigin;
 
-        for (const Registration& reg :
-             _impl->associationsFor(nameSpace, objectName.getClassName(), assocClass, role))
-        {
-            ProviderCall call(reg, _impl->handle, _impl->errors);
-            ObjectCollector collector(call.name(), "associators");
-            call.as<CIMAssociationProvider>("an association")
-                .associators(providerContext, object, reg.className, resultClass, role,
-                             resultRole, includeQualifiers, includeClassOrigin, propertyList,
-                             collector);
-            result.appendArray(
-                _impl->finishObjects(collector.results, nameSpace, resultClass, filter));
-        }
+        forEachProvider(
+            _impl->associationsFor(nameSpace, objectName.getClassName(), assocClass, role),
+            _impl->handle, _impl->errors, [&](ProviderCall& call, const Registration& reg) {
+                ObjectCollector collector(call.name(), "associators");
+                call.as<CIMAssociationProvider>("an association")
+                    .associators(providerContext, object, reg.className, resultClass, role,
+                                 resultRole, includeQualifiers, includeClassOrigin, propertyList,
+                                 collector);
+                result.appendArray(
+                    _impl->finishObjects(collector.results, nameSpace, resultClass, filter));
+            });
         return result;
     });
 }
@@ -718,16 +764,15 @@ Array<CIMObjectPath> ObjectManager::associatorNames(const OperationContext& cont
         const OperationContext providerContext = withIdentity(context);
         const CIMObjectPath object = _impl->requestPath(nameSpace, objectName);
 
-        for (const Registration& reg :
-             _impl->associationsFor(nameSpace, objectName.getClassName(), assocClass, role))
-        {
-            ProviderCall call(reg, _impl->handle, _impl->errors);
-            ObjectPathCollector collector(call.name(), "associatorNames");
-            call.as<CIMAssociationProvider>("an association")
-                .associatorNames(providerContext, object, reg.className, resultClass, role,
-                                 resultRole, collector);
-            result.appendArray(_impl->finishPaths(collector.results, nameSpace, resultClass));
-        }
+        forEachProvider(
+            _impl->associationsFor(nameSpace, objectName.getClassName(), assocClass, role),
+            _impl->handle, _impl->errors, [&](ProviderCall& call, const Registration& reg) {
+                ObjectPathCollector collector(call.name(), "associatorNames");
+                call.as<CIMAssociationProvider>("an association")
+                    .associatorNames(providerContext, object, reg.className, resultClass, role,
+                                     resultRole, collector);
+                result.appendArray(_impl->finishPaths(collector.results, nameSpace, resultClass));
+            });
         return result;
     });
 }
@@ -754,17 +799,16 @@ Array<CIMObject> ObjectManager::references(const OperationContext& context,
         filter.includeQualifiers = includeQualifiers;
         filter.includeClassOrigin = includeClassOrigin;
 
-        for (const Registration& reg :
-             _impl->associationsFor(nameSpace, objectName.getClassName(), resultClass, role))
-        {
-            ProviderCall call(reg, _impl->handle, _impl->errors);
-            ObjectCollector collector(call.name(), "references");
-            call.as<CIMAssociationProvider>("an association")
-                .references(providerContext, object, reg.className, role, includeQualifiers,
-                            includeClassOrigin, propertyList, collector);
-            result.appendArray(
-                _impl->finishObjects(collector.results, nameSpace, resultClass, filter));
-        }
+        forEachProvider(
+            _impl->associationsFor(nameSpace, objectName.getClassName(), resultClass, role),
+            _impl->handle, _impl->errors, [&](ProviderCall& call, const Registration& reg) {
+                ObjectCollector collector(call.name(), "references");
+                call.as<CIMAssociationProvider>("an association")
+                    .references(providerContext, object, reg.className, role, includeQualifiers,
+                                includeClassOrigin, propertyList, collector);
+                result.appendArray(
+                    _impl->finishObjects(collector.results, nameSpace, resultClass, filter));
+            });
         return result;
     });
 }
@@ -785,15 +829,14 @@ Array<CIMObjectPath> ObjectManager::referenceNames(const OperationContext& conte
         const OperationContext providerContext = withIdentity(context);
         const CIMObjectPath object = _impl->requestPath(nameSpace, objectName);
 
-        for (const Registration& reg :
-             _impl->associationsFor(nameSpace, objectName.getClassName(), resultClass, role))
-        {
-            ProviderCall call(reg, _impl->handle, _impl->errors);
-            ObjectPathCollector collector(call.name(), "referenceNames");
-            call.as<CIMAssociationProvider>("an association")
-                .referenceNames(providerContext, object, reg.className, role, collector);
-            result.appendArray(_impl->finishPaths(collector.results, nameSpace, resultClass));
-        }
+        forEachProvider(
+            _impl->associationsFor(nameSpace, objectName.getClassName(), resultClass, role),
+            _impl->handle, _impl->errors, [&](ProviderCall& call, const Registration& reg) {
+                ObjectPathCollector collector(call.name(), "referenceNames");
+                call.as<CIMAssociationProvider>("an association")
+                    .referenceNames(providerContext, object, reg.className, role, collector);
+                result.appendArray(_impl->finishPaths(collector.results, nameSpace, resultClass));
+            });
         return result;
     });
 }
@@ -816,13 +859,18 @@ CIMValue ObjectManager::invokeMethod(const OperationContext& context,
                                "method " + methodName.getString() + " of class " +
                                    className.getString() + " has no provider");
         }
-        ProviderCall call(*reg, _impl->handle, _impl->errors);
-        MethodResultCollector collector(call.name(), "invokeMethod");
-        call.as<CIMMethodProvider>("a method")
-            .invokeMethod(withIdentity(context), _impl->requestPath(nameSpace, instanceName),
-                          methodName, typed, collector);
-        outParameters = collector.outParameters;
-        return collector.returnValue;
+        CIMValue returnValue;
+        forEachProvider({*reg}, _impl->handle, _impl->errors,
+                        [&](ProviderCall& call, const Registration&) {
+                            MethodResultCollector collector(call.name(), "invokeMethod");
+                            call.as<CIMMethodProvider>("a method")
+                                .invokeMethod(withIdentity(context),
+                                              _impl->requestPath(nameSpace, instanceName),
+                                              methodName, typed, collector);
+                            outParameters = collector.outParameters;
+                            returnValue = collector.returnValue;
+                        });
+        return returnValue;
     });
 }
 

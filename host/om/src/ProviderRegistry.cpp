@@ -138,7 +138,8 @@ void ProviderEntry::_fail(const std::string& why, ErrorLog& errors)
     errors.add(_error);
 }
 
-CIMProvider* ProviderEntry::acquire(CIMOMHandle& handle, ErrorLog& errors)
+CIMProvider* ProviderEntry::tryAcquire(CIMOMHandle& handle, ErrorLog& errors,
+                                       std::string& loadError)
 {
     std::unique_lock<std::mutex> lock(_mutex);
     for (;;)
@@ -149,7 +150,8 @@ CIMProvider* ProviderEntry::acquire(CIMOMHandle& handle, ErrorLog& errors)
             ++_inFlight;
             return _provider;
         case State::Failed:
-            throw CIMException(CIM_ERR_FAILED, String(_error.c_str()));
+            loadError = _error;
+            return nullptr;
         case State::Terminated:
             throw CIMException(CIM_ERR_FAILED,
                                String((label() + " has been shut down").c_str()));

@@ -65,9 +65,12 @@ public:
     std::string label() const; // "Provider (module Module)"
 
     /** Marks one request in flight on the provider; the provider stays
-        alive (shutdown waits) until release(). Throws CIM_ERR_FAILED when
-        the provider cannot be used. */
-    Pegasus::CIMProvider* acquire(Pegasus::CIMOMHandle& handle, ErrorLog& errors);
+        alive (shutdown waits) until release(). A provider that failed to
+        load (library, entry point, creation or initialize) answers null
+        with the reason in loadError; a provider shut down or called back
+        from its own initialize() throws CIM_ERR_FAILED. */
+    Pegasus::CIMProvider* tryAcquire(Pegasus::CIMOMHandle& handle, ErrorLog& errors,
+                                     std::string& loadError);
     void release();
 
     /** Terminates the provider once no request is in flight. */

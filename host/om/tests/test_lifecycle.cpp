@@ -104,11 +104,76 @@ TEST_F(LifecycleTest, UnusableProvidersFailTheirClassesOnlyAndAreReported)
     EXPECT_EQ(countEvents("create:OMT_UnknownToTheModule:null"), 1);
     EXPECT_TRUE(eventsStartingWith("enumerateInstances:OMT_InitFailsProvider").empty());
 
-    // A superclass enumeration that reaches a broken provider fails too.
-    EXPECT_EQ(cimError([&] { enumerate("OMT_Broken", ctx); }).code, CIM_ERR_FAILED);
-
     // Everything else still works.
     EXPECT_EQ(enumerate("OMT_Widget", ctx).size(), 3u);
+}
+
+TEST_F(LifecycleTest, RequestsReachingSeveralProvidersSkipThoseThatFailedToLoad)
+{
+    // OMT_Unreachable (under OMT_Base) and OMT_BrokenLink (referencing
+    // OMT_Base) are served by providers that cannot be loaded.
+    EXPECT_EQ(ids(enumerate("OMT_Base", ctx)), (Strings{"G1", "W1", "W2"}));
+    EXPECT_EQ(ids(om->enumerateInstanceNames(ctx, NS, CIMName("OMT_Base"))),
+              (Strings{"G1", "W1", "W2"}));
+
+    const CIMObjectPath w1 = elementPath("OMT_Widget", "W1");
+    EXPECT_EQ(ids(om->associatorNames(ctx, NS, w1, CIMName(), CIMName(), String(), String())),
+              (Strings{"G1", "W2"}));
+    EXPECT_EQ(om->associators(ctx, NS, w1, CIMName(), CIMName(), String(), String(), false,
+                              false, CIMPropertyList())
+                  .size(),
+              2u);
+    EXPECT_EQ(om->referenceNames(ctx, NS, w1, CIMName(), String()).size(), 2u);
+    EXPECT_EQ(om->references(ctx, NS, w1, CIMName(), String(), false, false, CIMPropertyList())
+                  .size(),
+              2u);
+
+    // Each failure is reported once, however many requests skip it.
+    int reported = 0;
+    for (const std::string& line : om->loadErrors())
+    {
+        reported += contains(line, "OMT_UnknownToTheModule") ? 1 : 0;
+    }
+    EXPECT_EQ(reported, 1);
+    EXPECT_EQ(countEvents("create:OMT_UnknownToTheModule:null"), 1);
+}
+
+TEST_F(LifecycleTest, RequestsWhoseProvidersAllFailedToLoadFailWithTheReasons)
+{
+    // Several providers, none loadable: every reason is named.
+    CimError all = cimError([&] { enumerate("OMT_Broken", ctx); });
+    EXPECT_EQ(all.code, CIM_ERR_FAILED);
+    for (const char* reason : {"libOMNoSuchLibrary.so not found", "has no PegasusCreateProvider",
+                               "returned no provider", "OMT init refused"})
+    {
+        EXPECT_TRUE(contains(all.message, reason)) << all.message;
+    }
+
+    // The only association reaching an OMT_Broken object cannot be loaded.
+    const CIMObjectPath broken = elementPath("OMT_InitFails", "B1");
+    CimError single = cimError([&] {
+        om->associatorNames(ctx, NS, broken, CIMName(), CIMName(), String(), String());
+    });
+    EXPECT_EQ(single.code, CIM_ERR_FAILED);
+    EXPECT_TRUE(contains(single.message, "returned no provider")) << single.message;
+    EXPECT_EQ(cimError([&] { om->referenceNames(ctx, NS, broken, CIMName(), String()); }).code,
+              CIM_ERR_FAILED);
+
+    // A filter that leaves no provider at all is no failure.
+    EXPECT_EQ(om->associatorNames(ctx, NS, broken, CIMName("OMT_Link"), CIMName(), String(),
+                                  String())
+                  .size(),
+              0u);
+}
+
+TEST_F(LifecycleTest, ALoadedProvidersErrorStillFailsTheRequestUnchanged)
+{
+    // OMT_Sloppy's provider refuses name enumerations; its subclass
+    // OMT_LostSloppy's provider is missing and must not mask that.
+    CimError e = cimError([&] { om->enumerateInstanceNames(ctx, NS, CIMName("OMT_Sloppy")); });
+    EXPECT_EQ(e.code, CIM_ERR_NOT_SUPPORTED);
+    EXPECT_TRUE(contains(e.message, "enumerateInstanceNames")) << e.message;
+    EXPECT_FALSE(contains(e.message, "not available")) << e.message;
 }
 
 TEST_F(LifecycleTest, ConcurrentFirstRequestsInitializeOnce)

@@ -41,6 +41,8 @@ TEST(ObjectPathTest, ToStringSortsKeysAndQuotes)
     // No host part, no namespace part, no keys.
     EXPECT_EQ(text(CIMObjectPath("", CIMNamespaceName("root/orv"), CIMName("C"))), "root/orv:C");
     EXPECT_EQ(text(CIMObjectPath("", CIMNamespaceName(), CIMName("C"))), "C");
+    // A host is followed by the namespace part even when there is no namespace.
+    EXPECT_EQ(text(CIMObjectPath("h", CIMNamespaceName(), CIMName("C"))), "//h/:C");
     EXPECT_EQ(text(CIMObjectPath()), "");
 }
 
@@ -52,6 +54,7 @@ TEST(ObjectPathTest, ParseRoundTrips)
         "//host/root/orv:C.k=\"v\"",
         "//host:5989/root/orv:C.a=1,b=-2,c=\"x,y=z\"",
         "//[fe80::1]:5988/root:C.b=FALSE",
+        "//host/:C.k=1",
         "C.k=\"quote \\\" and backslash \\\\ inside\"",
         "C.k=\"\"",
         "C.k=\"a:b.c\"",
@@ -65,6 +68,21 @@ TEST(ObjectPathTest, ParseRoundTrips)
         EXPECT_EQ(text(path), c);
         EXPECT_TRUE(CIMObjectPath(path.toString()).identical(path)) << c;
     }
+}
+
+TEST(ObjectPathTest, AssignFromTextParses)
+{
+    CIMObjectPath path;
+    path = String("//h/:C.k=1");
+    EXPECT_EQ(path.getHost(), "h");
+    EXPECT_TRUE(path.getNameSpace().isNull());
+    EXPECT_EQ(path.getKeyBindings().size(), 1u);
+    path = "root/orv:D";
+    EXPECT_EQ(text(path), "root/orv:D");
+    EXPECT_THROW(path = "root/orv:", MalformedObjectNameException);
+    EXPECT_EQ(text(path), "root/orv:D");
+    // An empty namespace part is only allowed after a host.
+    EXPECT_THROW(CIMObjectPath(":C"), MalformedObjectNameException);
 }
 
 TEST(ObjectPathTest, ParseFindsPartsAndTypes)

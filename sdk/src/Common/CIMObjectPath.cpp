@@ -300,12 +300,20 @@ void _parse(const String& text, String& host, CIMNamespaceName& nameSpace, CIMNa
     if (stop < n && text[stop] == ':')
     {
         String ns = text.subString(i, stop - i);
-        if (!CIMNamespaceName::legal(ns))
+        // "//host/:Class" is how a path with a host but no namespace prints.
+        if (ns.size() == 0 && host.size() != 0)
+        {
+            i = stop + 1;
+        }
+        else if (!CIMNamespaceName::legal(ns))
         {
             _malformed(text);
         }
-        nameSpace = CIMNamespaceName(ns);
-        i = stop + 1;
+        else
+        {
+            nameSpace = CIMNamespaceName(ns);
+            i = stop + 1;
+        }
     }
 
     stop = i;
@@ -631,6 +639,12 @@ CIMObjectPath::~CIMObjectPath() {}
 
 CIMObjectPath& CIMObjectPath::operator=(const CIMObjectPath& x) = default;
 
+CIMObjectPath& CIMObjectPath::operator=(const String& objectName)
+{
+    set(objectName);
+    return *this;
+}
+
 void CIMObjectPath::clear()
 {
     _host.clear();
@@ -714,7 +728,8 @@ String CIMObjectPath::toString() const
         out.append(_host);
         out.append(Char16('/'));
     }
-    if (!_nameSpace.isNull())
+    // A host is always followed by the namespace part, even an empty one.
+    if (!_nameSpace.isNull() || _host.size())
     {
         out.append(_nameSpace.getString());
         out.append(Char16(':'));

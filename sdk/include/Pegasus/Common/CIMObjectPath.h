@@ -4,6 +4,7 @@
 #include <Pegasus/Common/Array.h>
 #include <Pegasus/Common/CIMName.h>
 #include <Pegasus/Common/Config.h>
+#include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/Linkage.h>
 #include <Pegasus/Common/String.h>
 
@@ -76,6 +77,8 @@ public:
     // Parses the text form; throws MalformedObjectNameException and then
     // leaves the path unchanged.
     void set(const String& objectName);
+    // Same as set(objectName).
+    CIMObjectPath& operator=(const String& objectName);
 
     const String& getHost() const;
     // "name", "name:port", "[ipv6]" or "[ipv6]:port", or empty;

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 PEGASUS_USING_PEGASUS;
 
 namespace
@@ -95,8 +97,11 @@ TEST(CIMValueTest, EveryTypeRoundTripsAndRejectsOtherTargets)
 
 TEST(CIMValueTest, ConversionsPickTheRightType)
 {
-    // A string literal must not turn into a boolean.
-    EXPECT_EQ(CIMValue("abc").getType(), CIMTYPE_STRING);
+    // A string literal would silently become a boolean on the real server,
+    // so it must not compile here at all; String is the way in.
+    static_assert(!std::is_constructible<CIMValue, const char*>::value, "literal refused");
+    static_assert(std::is_constructible<CIMValue, String>::value, "String accepted");
+    EXPECT_EQ(CIMValue(String("abc")).getType(), CIMTYPE_STRING);
     // Char16 and Uint16 are different CIM types.
     EXPECT_EQ(CIMValue(Char16('a')).getType(), CIMTYPE_CHAR16);
     EXPECT_EQ(CIMValue(Uint16('a')).getType(), CIMTYPE_UINT16);

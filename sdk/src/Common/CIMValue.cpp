@@ -354,13 +354,6 @@ ORV_SDK_VALUE_OVERLOADS(CIMObject, const CIMObject&)
 ORV_SDK_VALUE_OVERLOADS(CIMInstance, const CIMInstance&)
 #undef ORV_SDK_VALUE_OVERLOADS
 
-CIMValue::CIMValue(const char* x) : _rep(_makeScalar(String(x))) {}
-
-void CIMValue::set(const char* x)
-{
-    _rep = _makeScalar(String(x));
-}
-
 CIMValue::CIMValue(const CIMValue& x) = default;
 
 CIMValue::~CIMValue() {}

@@ -40,7 +40,9 @@ public:
     CIMValue(Real64 x);
     CIMValue(const Char16& x);
     CIMValue(const String& x);
-    CIMValue(const char* x);
+    // Not a CIM type: with OpenPegasus a literal would quietly become a
+    // boolean, so it is refused here instead of becoming a string.
+    CIMValue(const char* x) = delete;
     CIMValue(const CIMDateTime& x);
     CIMValue(const CIMObjectPath& x);
     CIMValue(const CIMObject& x);
@@ -91,7 +93,7 @@ public:
     void set(Real64 x);
     void set(const Char16& x);
     void set(const String& x);
-    void set(const char* x);
+    void set(const char* x) = delete;
     void set(const CIMDateTime& x);
     void set(const CIMObjectPath& x);
     void set(const CIMObject& x);

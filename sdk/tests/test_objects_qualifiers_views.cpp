@@ -157,8 +157,8 @@ TEST(ObjectsFilter, FiltersAnExistingInstance)
         {
             names.append(CIMName(n));
         }
-        inst.filter(tc.includeQualifiers, tc.includeClassOrigin,
-                    tc.nullList ? CIMPropertyList() : CIMPropertyList(names));
+        inst.instanceFilter(tc.includeQualifiers, tc.includeClassOrigin,
+                            tc.nullList ? CIMPropertyList() : CIMPropertyList(names));
 
         std::vector<std::string> kept;
         for (Uint32 i = 0; i < inst.getPropertyCount(); i++)

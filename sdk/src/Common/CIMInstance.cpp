@@ -201,6 +201,12 @@ void CIMInstance::filter(Boolean includeQualifiers, Boolean includeClassOrigin,
     rep.properties.items.swap(kept);
 }
 
+void CIMInstance::instanceFilter(Boolean includeQualifiers, Boolean includeClassOrigin,
+                                 const CIMPropertyList& propertyList)
+{
+    filter(includeQualifiers, includeClassOrigin, propertyList);
+}
+
 CIMConstInstance::CIMConstInstance()
 {
 }

@@ -59,6 +59,9 @@ public:
     // Drops qualifiers, class origins and properties not in propertyList (null list keeps all).
     void filter(Boolean includeQualifiers, Boolean includeClassOrigin,
                 const CIMPropertyList& propertyList);
+    // The current name of filter().
+    void instanceFilter(Boolean includeQualifiers, Boolean includeClassOrigin,
+                        const CIMPropertyList& propertyList);
 
 private:
     std::shared_ptr<CIMObjectRep> _rep;

@@ -122,6 +122,13 @@ TEST(StringTest, AppendAndConcatenate)
     copy.append("!");
     EXPECT_EQ(s, "aacdef");
     EXPECT_EQ(String::EMPTY.size(), 0u);
+
+    String f("n=");
+    f.appendPrintf("%u %s %05.1f", 7u, "\xc3\xa9", 2.25);
+    EXPECT_EQ(f, "n=7 \xc3\xa9 002.2");
+    EXPECT_EQ(f.size(), 11u); // the UTF-8 'e acute' is one unit
+    f.appendPrintf("%s", "");
+    EXPECT_EQ(f.size(), 11u);
 }
 
 TEST(ArrayTest, BoundsAreChecked)

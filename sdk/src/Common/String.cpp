@@ -2,6 +2,8 @@
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Common/String.h>
 
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <ostream>
 
@@ -370,6 +372,27 @@ String& String::append(const char* str, Uint32 size)
     std::vector<Char16> tail;
     _decodeUtf8(tail, str, size);
     return append(tail.data(), Uint32(tail.size()));
+}
+
+void String::appendPrintf(const char* format, ...)
+{
+    if (!format)
+    {
+        throw NullPointer();
+    }
+    va_list args;
+    va_start(args, format);
+    va_list again;
+    va_copy(again, args);
+    int n = std::vsnprintf(nullptr, 0, format, args);
+    va_end(args);
+    if (n > 0)
+    {
+        std::vector<char> text(size_t(n) + 1);
+        std::vsnprintf(text.data(), text.size(), format, again);
+        append(text.data(), Uint32(n));
+    }
+    va_end(again);
 }
 
 String& String::append(const Char16* str, Uint32 n)

@@ -68,6 +68,9 @@ typedef signed long long Sint64;
 typedef float Real32;
 typedef double Real64;
 
+// Lets the compiler check printf-style arguments against their format.
+#define PEGASUS_FORMAT(fmtIndex, argIndex) __attribute__((format(printf, fmtIndex, argIndex)))
+
 // Returned by the find operations when nothing matched.
 const Uint32 PEG_NOT_FOUND = Uint32(-1);
 

@@ -88,6 +88,10 @@ public:
     void toLower();
     void toUpper();
 
+    // Appends the printf-formatted text (UTF-8, as for char* input).
+    PEGASUS_FORMAT(2, 3)
+    void appendPrintf(const char* format, ...);
+
     static int compare(const String& s1, const String& s2, Uint32 n);
     static int compare(const String& s1, const String& s2);
     static int compareNoCase(const String& s1, const String& s2);

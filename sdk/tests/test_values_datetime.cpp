@@ -84,6 +84,34 @@ TEST(CIMDateTimeTest, Components)
     EXPECT_THROW(CIMDateTime(100000000, 0, 0, 0, 0, 6), DateTimeOutOfRangeException);
 }
 
+TEST(CIMDateTimeTest, IntervalMultiplyAndDivide)
+{
+    const CIMDateTime hour(0, 1, 0, 0, 0, 6);
+    EXPECT_EQ((hour * 25).toString(), "00000001010000.000000:000");
+    EXPECT_EQ((hour / 7).toString(), "00000000000834.285714:000");
+    EXPECT_EQ(CIMDateTime(1, 0, 0, 0, 0, 6) / hour, 24u);
+    CIMDateTime d = hour;
+    d *= 2;
+    d /= 4;
+    EXPECT_EQ(d.toString(), "00000000003000.000000:000");
+
+    const CIMDateTime stamp("20240101000000.000000+000");
+    EXPECT_THROW(stamp * 2, TypeMismatchException);
+    EXPECT_THROW(stamp / 2, TypeMismatchException);
+    EXPECT_THROW(hour / stamp, TypeMismatchException);
+    EXPECT_THROW(hour / 0, Exception);
+    EXPECT_THROW(hour / CIMDateTime(), Exception);
+    EXPECT_THROW(hour * 10000000000ull, DateTimeOutOfRangeException);
+    EXPECT_THROW(hour * ~0ull, DateTimeOutOfRangeException);
+
+    d.setTimeStamp(2024, 2, 29, 1, 2, 3, 4, 6, 60);
+    EXPECT_EQ(d.toString(), "20240229010203.000004+060");
+    d.setInterval(2, 0, 0, 1, 0, 6);
+    EXPECT_EQ(d.toString(), "00000002000001.000000:000");
+    EXPECT_THROW(d.setInterval(0, 24, 0, 0, 0, 6), DateTimeOutOfRangeException);
+    EXPECT_EQ(d.toString(), "00000002000001.000000:000");
+}
+
 TEST(CIMDateTimeTest, MicrosecondsAndOffsets)
 {
     // The epoch of Unix time, at UTC and written 60 minutes west of UTC.

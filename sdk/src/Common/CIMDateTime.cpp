@@ -1,6 +1,7 @@
 #include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/Exception.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -464,6 +465,72 @@ CIMDateTime CIMDateTime::operator-(const CIMDateTime& x) const
 CIMDateTime& CIMDateTime::operator-=(const CIMDateTime& x)
 {
     return *this = *this - x;
+}
+
+CIMDateTime CIMDateTime::operator*(Uint64 x) const
+{
+    if (!isInterval())
+    {
+        throw TypeMismatchException();
+    }
+    Uint64 usec = toMicroSeconds();
+    if (x != 0 && usec > UINT64_MAX / x)
+    {
+        throw DateTimeOutOfRangeException(String("interval too long"));
+    }
+    return CIMDateTime(usec * x, true);
+}
+
+CIMDateTime& CIMDateTime::operator*=(Uint64 x)
+{
+    return *this = *this * x;
+}
+
+CIMDateTime CIMDateTime::operator/(Uint64 num) const
+{
+    if (!isInterval())
+    {
+        throw TypeMismatchException();
+    }
+    if (num == 0)
+    {
+        throw Exception(String("CIMDateTime division by zero"));
+    }
+    return CIMDateTime(toMicroSeconds() / num, true);
+}
+
+CIMDateTime& CIMDateTime::operator/=(Uint64 num)
+{
+    return *this = *this / num;
+}
+
+Uint64 CIMDateTime::operator/(const CIMDateTime& cdt) const
+{
+    if (!isInterval() || !cdt.isInterval())
+    {
+        throw TypeMismatchException();
+    }
+    Uint64 divisor = cdt.toMicroSeconds();
+    if (divisor == 0)
+    {
+        throw Exception(String("CIMDateTime division by zero"));
+    }
+    return toMicroSeconds() / divisor;
+}
+
+void CIMDateTime::setTimeStamp(Uint32 year, Uint32 month, Uint32 day, Uint32 hours,
+                               Uint32 minutes, Uint32 seconds, Uint32 microseconds,
+                               Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset)
+{
+    *this = CIMDateTime(year, month, day, hours, minutes, seconds, microseconds,
+                        numSignificantMicrosecondDigits, utcOffset);
+}
+
+void CIMDateTime::setInterval(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds,
+                              Uint32 microseconds, Uint32 numSignificantMicrosecondDigits)
+{
+    *this = CIMDateTime(days, hours, minutes, seconds, microseconds,
+                        numSignificantMicrosecondDigits);
 }
 
 namespace

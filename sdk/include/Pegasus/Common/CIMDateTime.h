@@ -36,6 +36,12 @@ public:
     // Throws InvalidDateTimeFormatException and leaves the value unchanged
     // when the text is not a valid date-time.
     void set(const String& str);
+    // Same checks as the constructors taking these fields.
+    void setTimeStamp(Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes,
+                      Uint32 seconds, Uint32 microseconds, Uint32 numSignificantMicrosecondDigits,
+                      Sint32 utcOffset);
+    void setInterval(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds,
+                     Uint32 microseconds, Uint32 numSignificantMicrosecondDigits);
     void clear();
 
     static CIMDateTime getCurrentDateTime();
@@ -54,6 +60,13 @@ public:
     CIMDateTime& operator+=(const CIMDateTime& x);
     CIMDateTime operator-(const CIMDateTime& x) const;
     CIMDateTime& operator-=(const CIMDateTime& x);
+    // Intervals only (TypeMismatchException otherwise); dividing by zero
+    // throws Exception.
+    CIMDateTime operator*(Uint64 x) const;
+    CIMDateTime& operator*=(Uint64 x);
+    CIMDateTime operator/(Uint64 num) const;
+    CIMDateTime& operator/=(Uint64 num);
+    Uint64 operator/(const CIMDateTime& cdt) const;
     Boolean operator<(const CIMDateTime& x) const;
     Boolean operator<=(const CIMDateTime& x) const;
     Boolean operator>(const CIMDateTime& x) const;

@@ -1,6 +1,7 @@
 // Exceptions, status codes and message formatting.
 
 #include <Pegasus/Common/CIMType.h>
+#include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Common/MessageLoader.h>
@@ -103,4 +104,32 @@ TEST(ExceptionTest, MessagesOfFrameworkExceptions)
 
     MessageLoaderParms parms("Id", "cost \\$$0 in $1", Uint32(5), Sint64(-2));
     EXPECT_EQ(MessageLoader::getMessage(parms), "cost $5 in -2");
+}
+
+TEST(ExceptionTest, ErrorInstancesTravelWithTheException)
+{
+    Array<CIMInstance> two;
+    two.append(CIMInstance(CIMName("CIM_Error")));
+    two.append(CIMInstance(CIMName("ORV_Error")));
+    CIMException e(CIM_ERR_FAILED, "failed", two);
+    EXPECT_EQ(e.getErrorCount(), 2u);
+    EXPECT_EQ(e.getError(1).getClassName(), CIMName("ORV_Error"));
+    EXPECT_THROW(e.getError(2), IndexOutOfBoundsException);
+
+    // A copy taken before addError keeps its own list.
+    CIMException copy = e;
+    e.addError(CIMInstance(CIMName("Third")));
+    EXPECT_EQ(e.getErrorCount(), 3u);
+    EXPECT_EQ(copy.getErrorCount(), 2u);
+
+    try
+    {
+        throw CIMException(CIM_ERR_NOT_FOUND, "gone", CIMInstance(CIMName("CIM_Error")));
+    }
+    catch (const CIMException& caught)
+    {
+        EXPECT_EQ(caught.getCode(), CIM_ERR_NOT_FOUND);
+        EXPECT_EQ(caught.getErrorCount(), 1u);
+    }
+    EXPECT_EQ(CIMException(CIM_ERR_FAILED).getErrorCount(), 0u);
 }

@@ -1,3 +1,4 @@
+#include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/InternalException.h>
 
@@ -153,6 +154,21 @@ CIMException::CIMException(CIMStatusCode code, const MessageLoaderParms& msgParm
 {
 }
 
+CIMException::CIMException(CIMStatusCode code, const String& message,
+                           const CIMInstance& instance)
+    : Exception(message), _code(code), _line(0),
+      _errors(std::make_shared<const std::vector<CIMInstance>>(1, instance))
+{
+}
+
+CIMException::CIMException(CIMStatusCode code, const String& message,
+                           const Array<CIMInstance>& instances)
+    : Exception(message), _code(code), _line(0),
+      _errors(std::make_shared<const std::vector<CIMInstance>>(
+          instances.getData(), instances.getData() + instances.size()))
+{
+}
+
 CIMException::CIMException(const CIMException& cimException) = default;
 
 CIMException& CIMException::operator=(const CIMException& cimException) = default;
@@ -162,6 +178,28 @@ CIMException::~CIMException() {}
 CIMStatusCode CIMException::getCode() const
 {
     return _code;
+}
+
+Uint32 CIMException::getErrorCount() const
+{
+    return _errors ? Uint32(_errors->size()) : 0;
+}
+
+CIMConstInstance CIMException::getError(Uint32 index) const
+{
+    if (index >= getErrorCount())
+    {
+        throw IndexOutOfBoundsException();
+    }
+    return (*_errors)[index];
+}
+
+void CIMException::addError(const CIMInstance& instance)
+{
+    auto errors = _errors ? std::make_shared<std::vector<CIMInstance>>(*_errors)
+                          : std::make_shared<std::vector<CIMInstance>>();
+    errors->push_back(instance);
+    _errors = errors;
 }
 
 CIMOperationFailedException::CIMOperationFailedException(const String& message)

@@ -8,9 +8,13 @@
 #include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/String.h>
 
+#include <memory>
+#include <vector>
+
 PEGASUS_NAMESPACE_BEGIN
 
 class CIMInstance;
+class CIMConstInstance;
 
 // Base of every exception the SDK throws. getMessage() is the text given.
 class PEGASUS_COMMON_LINKAGE Exception
@@ -153,6 +157,9 @@ class PEGASUS_COMMON_LINKAGE CIMException : public Exception
 {
 public:
     CIMException(CIMStatusCode code = CIM_ERR_SUCCESS, const String& message = String::EMPTY);
+    // With CIM_Error instances attached, taken as they are.
+    CIMException(CIMStatusCode code, const String& message, const CIMInstance& instance);
+    CIMException(CIMStatusCode code, const String& message, const Array<CIMInstance>& instances);
     CIMException(CIMStatusCode code, const MessageLoaderParms& msgParms);
     CIMException(const CIMException& cimException);
     CIMException& operator=(const CIMException& cimException);
@@ -160,11 +167,20 @@ public:
 
     CIMStatusCode getCode() const;
 
+    Uint32 getErrorCount() const;
+    // Throws IndexOutOfBoundsException past the last one.
+    CIMConstInstance getError(Uint32 index) const;
+    void addError(const CIMInstance& instance);
+
 protected:
     CIMStatusCode _code;
     // Where the exception was raised, when known (see TraceableCIMException).
     String _file;
     Uint32 _line;
+
+private:
+    // Shared between copies and replaced, never changed, on addError.
+    std::shared_ptr<const std::vector<CIMInstance>> _errors;
 };
 
 // The exceptions that providers throw for the common failure codes.

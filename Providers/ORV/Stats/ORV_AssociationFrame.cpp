@@ -87,19 +87,18 @@ Boolean ORV_AssociationShape::invalidParms(const CIMObjectPath& objectName, cons
         {
             return true;
         }
-        // Asking an end for itself, by its own class or a superclass of it,
-        // finds nothing: the other end is always of the other kind.
+        // Asking an end for its own class or one of its own end's
+        // superclasses finds nothing. Another class of the same end (a
+        // sibling) is not refused here: the answer is left to the server.
         if (resultClass.equal(objectClass))
         {
             return true;
         }
-        if (isLeft && (ORV_Common::isPartOfArray(resultClass, _left.classes) ||
-                       ORV_Common::isPartOfArray(resultClass, _left.superClasses)))
+        if (isLeft && ORV_Common::isPartOfArray(resultClass, _left.superClasses))
         {
             return true;
         }
-        if (isRight && (ORV_Common::isPartOfArray(resultClass, _right.classes) ||
-                        ORV_Common::isPartOfArray(resultClass, _right.superClasses)))
+        if (isRight && ORV_Common::isPartOfArray(resultClass, _right.superClasses))
         {
             return true;
         }

@@ -72,6 +72,10 @@ ORV_AssociationShape ORV_MemberOfStatisticsCollectionProvider::_shape() const
     ORV_AssociationEnd member;
     member.role = MEMBER_ROLE;
     member.classes = _dataClassNames;
+    // Naming a statistics instance by either superclass is allowed, but a
+    // statistics instance asking for them finds nothing.
+    member.superClasses.append("CIM_StatisticalData");
+    member.superClasses.append("CIM_BlockStorageStatisticalData");
 
     Array<CIMName> referenceClasses;
     referenceClasses.append("CIM_MemberOfCollection");

@@ -99,6 +99,31 @@ TEST(AssociationFrameRules, FiltersThatCannotMatchAreInvalid)
     }
 }
 
+TEST(AssociationFrameRules, AnotherClassOfTheSameEndIsNotRefused)
+{
+    // An end served by two classes, as the port association's is.
+    ORV_AssociationEnd port;
+    port.role = "ManagedElement";
+    port.classes.append("ORV_FCPort");
+    port.classes.append("ORV_EthernetPort");
+    port.superClasses.append("CIM_NetworkPort");
+    ORV_AssociationEnd stats;
+    stats.role = "Stats";
+    stats.classes.append("ORV_PortStatisticalData");
+    stats.superClasses.append("CIM_BlockStorageStatisticalData");
+    const ORV_AssociationShape shape("ORV_PortElementStatisticalData", port, stats,
+                                     Array<CIMName>());
+    const CIMObjectPath fc = pathOf("ORV_FCPort", "DeviceID", "0:1:1");
+
+    // Only the object's own class and its end's superclasses are refused.
+    EXPECT_FALSE(shape.invalidParms(fc, "", "", "ORV_EthernetPort", "associatorNames"));
+    EXPECT_TRUE(shape.invalidParms(fc, "", "", "ORV_FCPort", "associatorNames"));
+    EXPECT_TRUE(shape.invalidParms(fc, "", "", "CIM_NetworkPort", "associators"));
+    // The other end's superclass is still wanted.
+    EXPECT_FALSE(
+        shape.invalidParms(fc, "", "", "CIM_BlockStorageStatisticalData", "associators"));
+}
+
 TEST(AssociationFrameRules, SideIsFoundByClassRightEndFirst)
 {
     ORV_AssociationEnd left;

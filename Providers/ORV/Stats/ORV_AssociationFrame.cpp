@@ -144,9 +144,16 @@ CIMInstance ORV_AssociationShape::buildInstance(CIMOMHandle& cimom, const CIMObj
 
 ORV_AssociationFrame::ORV_AssociationFrame(const String& providerName,
                                            const ORV_AssociationShape& shape,
-                                           const ORV_AssociationHooks& hooks)
-    : _providerName(providerName), _shape(shape), _hooks(hooks)
+                                           const ORV_AssociationHooks& hooks,
+                                           const char* sourceFile, Uint32 sourceLine)
+    : _providerName(providerName), _sourceFile(sourceFile), _sourceLine(sourceLine),
+      _shape(shape), _hooks(hooks)
 {
+}
+
+void ORV_AssociationFrame::_authorize(const OperationContext& context) const
+{
+    ORV_Common::authorizeUser(context, _sourceFile, _sourceLine);
 }
 
 void ORV_AssociationFrame::initialize(const String& providerName, const String& openFailureName,
@@ -189,7 +196,7 @@ void ORV_AssociationFrame::associators(const OperationContext& context,
     log_message(4, "%s::associators: objectName = %s; associationClass=%s; resultClass=%s \n",
                 (const char*)name, (const char*)Text(objectName),
                 (const char*)Text(associationClass), (const char*)Text(resultClass));
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    _authorize(context);
 
     // The association-class filter is the server's business: it routed the
     // request here.
@@ -222,7 +229,7 @@ void ORV_AssociationFrame::associatorNames(const OperationContext& context,
     log_message(4, "%s::associatorNames: objectName = %s; associationClass = %s; resultClass=%s \n",
                 (const char*)name, (const char*)Text(objectName),
                 (const char*)Text(associationClass), (const char*)Text(resultClass));
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    _authorize(context);
 
     if (_hooks.invalidParms(objectName, role, resultRole, resultClass, "associatorNames"))
     {
@@ -249,7 +256,7 @@ void ORV_AssociationFrame::references(const OperationContext& context,
     log_message(4, "-->%s::references\n", (const char*)name);
     log_message(4, "%s::references: objectName = %s; resultClass = %s \n", (const char*)name,
                 (const char*)Text(objectName), (const char*)Text(resultClass));
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    _authorize(context);
 
     if (_hooks.invalidParms(objectName, role, String(), resultClass, "references"))
     {
@@ -293,7 +300,7 @@ void ORV_AssociationFrame::referenceNames(const OperationContext& context,
     // Names "references" and has no line break: the trace is kept as it reads.
     log_message(4, "%s::references: objectName = %s; resultClass = %s", (const char*)name,
                 (const char*)Text(objectName), (const char*)Text(resultClass));
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    _authorize(context);
 
     if (_hooks.invalidParms(objectName, role, String(), resultClass, "referenceNames"))
     {
@@ -332,7 +339,7 @@ void ORV_AssociationFrame::getInstance(const OperationContext& context,
 {
     Text name(_providerName);
     log_message(4, "-->%s::getInstance() \n", (const char*)name);
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    _authorize(context);
 
     // Only the count is judged here; names and values are left to the match.
     const Uint32 keyCount = instanceReference.getKeyBindings().size();
@@ -366,7 +373,7 @@ void ORV_AssociationFrame::enumerateInstances(const OperationContext& context,
 {
     Text name(_providerName);
     log_message(4, "--> %s::enumerateInstances() \n", (const char*)name);
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    _authorize(context);
 
     Array<CIMInstance> instances =
         _hooks.instances(includeQualifiers, includeClassOrigin, propertyList);
@@ -384,7 +391,7 @@ void ORV_AssociationFrame::enumerateInstanceNames(const OperationContext& contex
 {
     Text name(_providerName);
     log_message(4, "--> %s::enumerateInstanceNames()\n", (const char*)name);
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    _authorize(context);
 
     Array<CIMObjectPath> paths = _hooks.instanceNames();
     handler.processing();

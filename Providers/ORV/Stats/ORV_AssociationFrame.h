@@ -155,8 +155,11 @@ struct ORV_AssociationHooks
 class ORV_AssociationFrame
 {
 public:
+    // sourceFile and sourceLine name the provider's own source, which a
+    // refused caller's exception carries for the server's trace.
     ORV_AssociationFrame(const String& providerName, const ORV_AssociationShape& shape,
-                         const ORV_AssociationHooks& hooks);
+                         const ORV_AssociationHooks& hooks, const char* sourceFile,
+                         Uint32 sourceLine);
 
     // Lifecycle: logs the entry line, lets the provider set its members,
     // reads the system's host and name, opens the management API for the
@@ -219,8 +222,11 @@ public:
 
 private:
     ORV_AssociationSide _sideOf(const CIMObjectPath& objectName) const;
+    void _authorize(const OperationContext& context) const;
 
     String _providerName;
+    const char* _sourceFile;
+    Uint32 _sourceLine;
     ORV_AssociationShape _shape;
     ORV_AssociationHooks _hooks;
 };

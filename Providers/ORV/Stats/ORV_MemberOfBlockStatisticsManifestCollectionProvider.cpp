@@ -80,7 +80,8 @@ ORV_AssociationFrame ORV_MemberOfBlockStatisticsManifestCollectionProvider::_fra
         ORV_AssociationHooks::bind(this, &P::_invalidParms, &P::_getRelatedInstances,
                                    &P::_getRelatedInstanceNames, &P::_getInstances,
                                    &P::_getInstanceNames, &P::_buildAssociationInstance,
-                                   &P::_buildAssociationName));
+                                   &P::_buildAssociationName),
+        __FILE__, __LINE__);
 }
 
 void ORV_MemberOfBlockStatisticsManifestCollectionProvider::associators(

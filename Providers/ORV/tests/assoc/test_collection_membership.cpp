@@ -12,6 +12,7 @@
 
 #include <Pegasus/Common/CIMObject.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Provider/CIMAssociationProvider.h>
 #include <Pegasus/Provider/CIMInstanceProvider.h>
 #include <Pegasus/Sdk/CollectingResponseHandlers.h>
@@ -556,6 +557,20 @@ TEST_F(MembershipTest, RefusedUserIsCheckedBeforeTheFilters)
         CimOutcome o = runCatching(calls[i]);
         EXPECT_EQ(CIM_ERR_ACCESS_DENIED, o.code) << "call " << i;
         EXPECT_EQ("Insufficient privilege for the user", o.message) << "call " << i;
+
+        // The trace names the provider's own source, not shared code.
+        std::string file;
+        try
+        {
+            calls[i]();
+        }
+        catch (const TraceableCIMException& e)
+        {
+            file = str(e.getFile());
+        }
+        const std::string expected = std::string(MEMBER_OF_PROVIDER) + ".cpp";
+        ASSERT_GE(file.size(), expected.size()) << "call " << i << ": " << file;
+        EXPECT_EQ(expected, file.substr(file.size() - expected.size())) << "call " << i;
     }
     EXPECT_EQ(0u, objects.calls().size());
     EXPECT_EQ(0u, paths.calls().size());

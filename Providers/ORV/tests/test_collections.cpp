@@ -367,3 +367,35 @@ TEST_F(CollectionsTest, RegisteredClassesAreDefined)
 }
 
 } // namespace
+
+namespace
+{
+
+// A manifest reports a counter as included only when its provider says so:
+// a switch that the provider leaves alone must not read as true from the
+// class, or clients would expect fields that the records never carry.
+TEST_F(CollectionsTest, ManifestSwitchesStartUnset)
+{
+    const CIMNamespaceName ns("root/orv");
+    CIMClass manifest = om().getClass(contextFor(READER_USER), ns,
+                                      CIMName("ORV_BlockStatisticsManifest"), false, true, false,
+                                      CIMPropertyList());
+    CIMInstance skeleton = ORV_Common::buildInstanceSkeleton(manifest);
+    int switches = 0;
+    for (Uint32 i = 0; i < skeleton.getPropertyCount(); i++)
+    {
+        CIMConstProperty p = skeleton.getProperty(i);
+        const std::string name = str(p.getName().getString());
+        if (name.compare(0, 7, "Include") != 0)
+        {
+            continue;
+        }
+        switches++;
+        EXPECT_EQ(Pegasus::CIMTYPE_BOOLEAN, p.getType()) << name;
+        EXPECT_TRUE(p.getValue().isNull()) << name;
+    }
+    // IncludeStatisticTime and the eleven counter switches at least.
+    EXPECT_GE(switches, 12);
+}
+
+} // namespace

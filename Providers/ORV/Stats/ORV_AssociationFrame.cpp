@@ -158,7 +158,8 @@ void ORV_AssociationFrame::_authorize(const OperationContext& context) const
 
 void ORV_AssociationFrame::initialize(const String& providerName, const String& openFailureName,
                                       CIMOMHandle& cimom, String& hostAddr, String& systemName,
-                                      const std::function<void()>& setMembers)
+                                      const std::function<void()>& setMembers,
+                                      const std::function<void()>& afterIdentity)
 {
     Text name(providerName);
     // The stray ")" after the line break belongs to the trace text.
@@ -166,6 +167,10 @@ void ORV_AssociationFrame::initialize(const String& providerName, const String& 
     setMembers();
     hostAddr = ORV_Common::getSystemHostName(cimom);
     systemName = ORV_Common::getSystemName(cimom);
+    if (afterIdentity)
+    {
+        afterIdentity();
+    }
     if (api_orvOpenForCimserver(NULL) != 0)
     {
         log_message(2, "%s::initialize(): api_orvOpenForCimserver failed\n",

@@ -162,12 +162,15 @@ public:
                          Uint32 sourceLine);
 
     // Lifecycle: logs the entry line, lets the provider set its members,
-    // reads the system's host and name, opens the management API for the
-    // server (a failure is logged under openFailureName and initialisation
-    // goes on) and logs the exit line.
+    // reads the system's host and name, lets the provider keep what it
+    // derives from them (afterIdentity, optional: paths fixed for the
+    // provider's life), opens the management API for the server (a failure
+    // is logged under openFailureName and initialisation goes on) and logs
+    // the exit line.
     static void initialize(const String& providerName, const String& openFailureName,
                            CIMOMHandle& cimom, String& hostAddr, String& systemName,
-                           const std::function<void()>& setMembers);
+                           const std::function<void()>& setMembers,
+                           const std::function<void()>& afterIdentity = std::function<void()>());
 
     void associators(const OperationContext& context, const CIMObjectPath& objectName,
                      const CIMName& associationClass, const CIMName& resultClass,

@@ -1,5 +1,6 @@
 // The filter rules and path building of the association frame, on the shape
-// of the volume-to-statistics association, without a server.
+// of the volume-to-statistics association, without a server; and its
+// lifecycle against the object manager.
 
 #include <string>
 
@@ -7,7 +8,9 @@
 
 #include <Pegasus/Common/CIMObjectPath.h>
 
+#include "ModuleFixture.h"
 #include "ORV_AssociationFrame.h"
+#include "orvapi.h"
 
 namespace
 {
@@ -162,6 +165,37 @@ TEST(AssociationFrameRules, NamesCarryBothRolesAndTheGivenHost)
     CIMObjectPath volumeRef(keys[0].getValue());
     EXPECT_TRUE(volumeRef.getClassName().equal(VOLUME));
     EXPECT_EQ(volume.getKeyBindings()[0].getValue(), volumeRef.getKeyBindings()[0].getValue());
+}
+
+class AssociationFrameLifecycle : public orvtest::ModuleFixture
+{
+};
+
+TEST_F(AssociationFrameLifecycle, ProviderDerivesFromTheIdentityBeforeTheExitLine)
+{
+    CIMOMHandle cimom = om().handle();
+    String host;
+    String system;
+    std::string seenHost;
+    std::string seenSystem;
+    std::string log = orvtest::captureLog(
+        [&]()
+        {
+            ORV_AssociationFrame::initialize(
+                "X_Provider", "X_Provider", cimom, host, system, []() {},
+                [&]()
+                {
+                    seenHost = orvtest::str(host);
+                    seenSystem = orvtest::str(system);
+                    log_message(4, "derived\n");
+                });
+        });
+    EXPECT_EQ(orvtest::simHostName(), seenHost);
+    EXPECT_EQ(orvtest::simSystemName(), seenSystem);
+    const size_t derived = log.find("derived\n");
+    ASSERT_NE(std::string::npos, derived);
+    EXPECT_LT(log.find("--> X_Provider::initialize(cimom)\n)"), derived);
+    EXPECT_LT(derived, log.find("<-- X_Provider::initialize(cimom)\n)"));
 }
 
 } // namespace

@@ -454,6 +454,70 @@ TEST_F(MembershipTest, ReferencesPutTheCollectionFirstWithThisSystemsHost)
     EXPECT_EQ("processing,complete", none.callSequence());
 }
 
+TEST_F(MembershipTest, AssociationOperationsTraceEntryArgumentsAndExit)
+{
+    CIMAssociationProvider* p = assoc(MEMBER_OF_PROVIDER);
+    ASSERT_NE(nullptr, p);
+    const CIMObjectPath coll = statsCollPath();
+    const std::string n = MEMBER_OF_PROVIDER;
+    const std::string obj = str(coll.toString());
+    Sdk::CollectingObjectResponseHandler objects;
+    Sdk::CollectingObjectPathResponseHandler paths;
+    struct Case
+    {
+        std::function<void()> call;
+        std::vector<std::string> lines; // in the order they must appear
+    } cases[] = {
+        {[&]()
+         {
+             p->associators(contextFor(READER_USER), coll, MEMBER_OF, CIMName(), String(),
+                            String(), false, false, CIMPropertyList(), objects);
+         },
+         {"-->" + n + "::associators\n",
+          n + "::associators: objectName = " + obj +
+              "; associationClass=ORV_MemberOfStatisticsCollection; resultClass= \n",
+          "<--" + n + "::associators\n"}},
+        {[&]()
+         {
+             p->associatorNames(contextFor(READER_USER), coll, CIMName(), STATS_COLL, String(),
+                                String(), paths);
+         },
+         {"-->" + n + "::associatorNames\n",
+          n + "::associatorNames: objectName = " + obj +
+              "; associationClass = ; resultClass=ORV_StatisticsCollection \n",
+          n + "::associatorNames: invalid params: associationClass=, "
+              "resultClass=ORV_StatisticsCollection\n"}},
+        {[&]()
+         {
+             p->references(contextFor(READER_USER), coll, CIMName(), "Member", false, false,
+                           CIMPropertyList(), objects);
+         },
+         {"-->" + n + "::references\n",
+          n + "::references: objectName = " + obj + "; resultClass =  \n",
+          n + "::references: invalid params: role = Member, resultClass =  \n"}},
+        // Names references and ends without a line break.
+        {[&]() { p->referenceNames(contextFor(READER_USER), coll, MEMBER_OF, String(), paths); },
+         {"-->" + n + "::referenceNames\n",
+          n + "::references: objectName = " + obj +
+              "; resultClass = ORV_MemberOfStatisticsCollection-->" + n +
+              "::_getRelatedInstanceNames: className = ORV_StatisticsCollection \n",
+          "<--" + n + "::referenceNames\n"}},
+    };
+    for (size_t i = 0; i < sizeof(cases) / sizeof(cases[0]); i++)
+    {
+        std::string log;
+        CimOutcome o = runLogged(cases[i].call, log);
+        EXPECT_FALSE(o.thrown) << "case " << i << ": " << o.message;
+        size_t at = 0;
+        for (const std::string& line : cases[i].lines)
+        {
+            size_t found = log.find(line, at);
+            EXPECT_NE(std::string::npos, found) << "case " << i << ": " << line << "\nin:\n" << log;
+            at = found == std::string::npos ? at : found + line.size();
+        }
+    }
+}
+
 TEST_F(MembershipTest, GetInstanceFindsAPairByItsTwoKeysWhateverTheHosts)
 {
     Array<CIMObjectPath> names = enumerateInstanceNames(READER_USER, MEMBER_OF);

@@ -50,7 +50,8 @@ void assertFailed(const char* expr, const char* file, int line)
 {
     orv_print_no_evt("Assertion failed: %s\n", expr);
     orv_print_no_evt("Assertion point: file: %s, line: %d\n", file, line);
-    orv_panic("Assertion failed: %s\n", expr);
+    // The two lines above are the whole report; the panic adds no text.
+    orv_panic("%s", "");
 }
 
 // First output parameter of an internal-cache method, when it is named as

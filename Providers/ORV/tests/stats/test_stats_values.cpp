@@ -98,8 +98,6 @@ TEST_F(StatsValuesTest, VolumesCarryHandComputedCounters)
     EXPECT_EQ(8u, get<Uint64>(v1, "WriteServiceTimeCounter"));
     EXPECT_EQ(8u, get<Uint64>(v1, "TotalServiceTimeCounter"));
     EXPECT_EQ(2u, get<Uint32>(v1, "QueueLength"));
-    // The low 32 bits of the 3.6e9 us interval read as a negative number.
-    EXPECT_EQ(0u, get<Uint32>(v1, "PercentBusy"));
 
     CIMInstance v2 = all[1];
     // No reads but read ticks: the read service time stays 0.
@@ -118,8 +116,6 @@ TEST_F(StatsValuesTest, VolumesCarryHandComputedCounters)
     EXPECT_EQ(1u, get<Uint64>(v3, "ReadServiceTimeCounter"));
     EXPECT_EQ(0u, get<Uint64>(v3, "WriteServiceTimeCounter"));
     EXPECT_EQ(0u, get<Uint64>(v3, "TotalServiceTimeCounter"));
-    // 1 * 1000 / 2000 = 0 tenths.
-    EXPECT_EQ(0u, get<Uint32>(v3, "PercentBusy"));
 
     // now < begin: the start would lie ~1.8e13 s back; the epoch stands in.
     EXPECT_EQ(dateOf(0), date(all[3], "StartStatisticTime"));
@@ -149,11 +145,7 @@ TEST_F(StatsValuesTest, DisksCarryHandComputedCountersAndKeepDuplicates)
     EXPECT_EQ(0u, get<Uint64>(d0, "WriteServiceTimeCounter"));
     EXPECT_EQ(5u, get<Uint64>(d0, "TotalServiceTimeCounter"));
     EXPECT_EQ(1u, get<Uint32>(d0, "QueueLength"));
-    // 1004 * 1000 / 1004 = 1000 tenths.
-    EXPECT_EQ(100u, get<Uint32>(d0, "PercentBusy"));
 
-    // now == begin: no interval, not busy.
-    EXPECT_EQ(0u, get<Uint32>(all[1], "PercentBusy"));
     EXPECT_FALSE(hasProperty(all[1], "ReadHitIOs") && !valueOf(all[1], "ReadHitIOs").isNull());
 
     CIMInstance d3 = all[3];
@@ -328,13 +320,6 @@ TEST_F(StatsValuesTest, LunPathsCarryBothIdFormsAndCounters)
     EXPECT_EQ("VLUN 4294967295 Statistical Data", text(all[4], "ElementName"));
     // 3000 bytes -> 2 KB.
     expectIo(all[3], {3, 0, 3, 2, 2, 0, 0, 0, 0});
-
-    Array<CIMObjectPath> names = enumerateInstanceNames(READER_USER, LUN);
-    ASSERT_EQ(5u, names.size());
-    for (Uint32 i = 0; i < names.size(); i++)
-    {
-        EXPECT_EQ(ids[i], instanceIdOf(names[i]));
-    }
 }
 
 TEST_F(StatsValuesTest, InstanceNamesMatchTheEnumeratedInstances)

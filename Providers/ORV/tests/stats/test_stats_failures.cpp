@@ -178,25 +178,14 @@ void failDelivery(bool cim)
     throw std::runtime_error("boom");
 }
 
-class FailingInstances : public InstanceResponseHandler
+class FailingHandler : public InstanceResponseHandler, public ObjectPathResponseHandler
 {
 public:
-    explicit FailingInstances(bool cim) : _cim(cim) {}
+    explicit FailingHandler(bool cim) : _cim(cim) {}
     void processing() override {}
     void complete() override {}
     void deliver(const CIMInstance&) override { failDelivery(_cim); }
     void deliver(const Array<CIMInstance>&) override { failDelivery(_cim); }
-
-private:
-    bool _cim;
-};
-
-class FailingPaths : public ObjectPathResponseHandler
-{
-public:
-    explicit FailingPaths(bool cim) : _cim(cim) {}
-    void processing() override {}
-    void complete() override {}
     void deliver(const CIMObjectPath&) override { failDelivery(_cim); }
     void deliver(const Array<CIMObjectPath>&) override { failDelivery(_cim); }
 
@@ -214,15 +203,14 @@ TEST_F(StatsFailureTest, OnlyVolumeNodeAndArrayWrapEnumerationErrors)
         for (bool cim : {true, false})
         {
             SCOPED_TRACE(name + (cim ? " CIM error" : " other error"));
-            FailingInstances ih(cim);
-            FailingPaths ph(cim);
+            FailingHandler h(cim);
             CimOutcome inst = runCatching([&]() {
                 dp.instances().enumerateInstances(contextFor(READER_USER), classPath(s.cls), false,
-                                                  false, CIMPropertyList(), ih);
+                                                  false, CIMPropertyList(), h);
             });
             CimOutcome names = runCatching([&]() {
                 dp.instances().enumerateInstanceNames(contextFor(READER_USER), classPath(s.cls),
-                                                      ph);
+                                                      h);
             });
             if (!wraps)
             {

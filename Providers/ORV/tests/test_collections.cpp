@@ -1,14 +1,18 @@
 // The module entry and the two collection providers, through the object
 // manager and called directly as the server calls them.
 
+#include <cstring>
 #include <string>
+#include <typeinfo>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/CIMAssociationProvider.h>
 #include <Pegasus/Provider/CIMInstanceProvider.h>
+#include <Pegasus/Provider/CIMMethodProvider.h>
 #include <Pegasus/Sdk/CollectingResponseHandlers.h>
 
 #include "ModuleFixture.h"
@@ -320,6 +324,68 @@ TEST_F(DirectProviderTest, InitializeFailsWithoutALocalConnection)
     EXPECT_ANY_THROW(p->initialize(unbound));
     delete p;
     om().makeLocal();
+}
+
+// Each name of the registry yields an object of that very provider class, of
+// the right kind, and the server can drive it through its CIMProvider part
+// whatever the order of its other bases. Names not built yet answer null.
+TEST_F(DirectProviderTest, RegistryCreatesTheNamedProviderOfTheRightKind)
+{
+    enum Kind
+    {
+        INSTANCE,
+        ASSOCIATION,
+        METHOD
+    };
+    const struct
+    {
+        const char* name;
+        Kind kind;
+    } registry[] = {
+        {"ORV_StatisticsCollectionProvider", INSTANCE},
+        {"ORV_BlockStatisticsManifestCollectionProvider", INSTANCE},
+        {"ORV_AssociatedBlockStatisticsManifestCollectionProvider", ASSOCIATION},
+        {"ORV_BlockStatisticsManifestProvider", INSTANCE},
+        {"ORV_MemberOfBlockStatisticsManifestCollectionProvider", ASSOCIATION},
+        {"ORV_MemberOfStatisticsCollectionProvider", ASSOCIATION},
+        {"ORV_ArrayStatisticalDataProvider", INSTANCE},
+        {"ORV_ArrayElementStatisticalDataProvider", ASSOCIATION},
+        {"ORV_NodeStatisticalDataProvider", INSTANCE},
+        {"ORV_NodeElementStatisticalDataProvider", ASSOCIATION},
+        {"ORV_DiskStatisticalDataProvider", INSTANCE},
+        {"ORV_DiskElementStatisticalDataProvider", ASSOCIATION},
+        {"ORV_PortStatisticalDataProvider", INSTANCE},
+        {"ORV_PortElementStatisticalDataProvider", ASSOCIATION},
+        {"ORV_VolumeStatisticalDataProvider", INSTANCE},
+        {"ORV_VolumeElementStatisticalDataProvider", ASSOCIATION},
+        {"ORV_BlockStatisticsServiceProvider", METHOD},
+        {"ORV_BlockStatisticsCapabilitiesProvider", INSTANCE},
+        {"ORV_StatisticsElementCapabilitiesProvider", ASSOCIATION},
+        {"ORV_LUNStatisticalDataProvider", INSTANCE},
+    };
+    int built = 0;
+    for (const auto& entry : registry)
+    {
+        CIMProvider* p = createProvider(entry.name);
+        if (!p)
+        {
+            continue;
+        }
+        built++;
+        // The mangled dynamic type carries the class name with its length
+        // (association providers live in namespace Pegasus).
+        const std::string expected = std::to_string(strlen(entry.name)) + entry.name;
+        const std::string actual = typeid(*p).name();
+        EXPECT_TRUE(actual == expected || actual == "N7Pegasus" + expected + "E") << actual;
+        EXPECT_NE(nullptr, dynamic_cast<CIMInstanceProvider*>(p)) << entry.name;
+        EXPECT_EQ(entry.kind == ASSOCIATION, dynamic_cast<CIMAssociationProvider*>(p) != nullptr)
+            << entry.name;
+        EXPECT_EQ(entry.kind == METHOD, dynamic_cast<CIMMethodProvider*>(p) != nullptr)
+            << entry.name;
+        p->initialize(_handle);
+        p->terminate();
+    }
+    EXPECT_GE(built, 11);
 }
 
 } // namespace

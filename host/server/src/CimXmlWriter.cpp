@@ -252,12 +252,61 @@ std::string str(const String& text)
     return std::string(static_cast<const char*>(text.getCString()));
 }
 
+namespace
+{
+// Length of the well-formed UTF-8 sequence at text[i] that XML 1.0 can carry
+// (no surrogates, no U+FFFE/U+FFFF), or 0.
+size_t _xmlCharLength(const std::string& text, size_t i)
+{
+    unsigned char c = static_cast<unsigned char>(text[i]);
+    size_t len = c >= 0xF0 && c <= 0xF4 ? 4 : c >= 0xE0 ? 3 : c >= 0xC2 && c < 0xE0 ? 2 : 0;
+    if (len == 0 || c > 0xF4 || i + len > text.size())
+    {
+        return 0;
+    }
+    unsigned code = c & (0x7F >> len);
+    for (size_t k = 1; k < len; ++k)
+    {
+        unsigned char next = static_cast<unsigned char>(text[i + k]);
+        if ((next & 0xC0) != 0x80)
+        {
+            return 0;
+        }
+        code = (code << 6) | (next & 0x3F);
+    }
+    const unsigned minimum[] = {0, 0, 0x80, 0x800, 0x10000};
+    if (code < minimum[len] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF) ||
+        code == 0xFFFE || code == 0xFFFF)
+    {
+        return 0;
+    }
+    return len;
+}
+} // namespace
+
 std::string escape(const std::string& text)
 {
     std::string out;
     out.reserve(text.size());
-    for (unsigned char c : text)
+    for (size_t i = 0; i < text.size(); ++i)
     {
+        unsigned char c = static_cast<unsigned char>(text[i]);
+        if (c >= 0x80)
+        {
+            // Clients reject the whole answer over one bad character: put
+            // the replacement character in its place instead.
+            size_t len = _xmlCharLength(text, i);
+            if (len == 0)
+            {
+                out += "&#xFFFD;";
+            }
+            else
+            {
+                out.append(text, i, len);
+                i += len - 1;
+            }
+            continue;
+        }
         switch (c)
         {
         case '&':

@@ -486,6 +486,10 @@ void _decodeCall(const xmlNode* call, CimRequest& request)
 }
 } // namespace
 
+static void _quietXmlError(void*, const char*, ...)
+{
+}
+
 void initXmlLibrary()
 {
     xmlInitParser();
@@ -497,6 +501,9 @@ CimRequest parseCimRequest(const std::string& body)
     {
         throw CimProtocolError(400, notWellFormed, "empty request body");
     }
+    // Encoding and I/O faults in a client's bytes would otherwise be printed
+    // on the server's stderr, once per bad request; they are answered below.
+    xmlSetGenericErrorFunc(nullptr, _quietXmlError);
     std::unique_ptr<xmlDoc, DocFree> doc(
         xmlReadMemory(body.data(), static_cast<int>(body.size()), "request.xml", nullptr,
                       XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));

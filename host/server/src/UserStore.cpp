@@ -44,6 +44,7 @@ UserStore::UserStore(std::string path) : _path(std::move(path))
         throw UserStoreError("cannot get random bytes for the credential cache");
     }
     _cacheKey.assign(reinterpret_cast<char*>(key), sizeof(key));
+    _decoyHash = hashPassword(std::string(reinterpret_cast<char*>(key), 16));
 }
 
 bool UserStore::isValidUserName(const std::string& user)
@@ -214,11 +215,20 @@ bool UserStore::authenticate(const std::string& user, const std::string& passwor
         std::lock_guard<std::mutex> lock(_mutex);
         _reloadIfChanged();
         auto it = _hashes.find(user);
-        if (it == _hashes.end())
+        if (it != _hashes.end())
         {
-            return false;
+            hash = it->second;
         }
-        hash = it->second;
+    }
+    if (hash.empty())
+    {
+        // Spend the same slow hash as for a real account, so that response
+        // times do not tell which user names exist.
+        verifyHash(password, _decoyHash);
+        return false;
+    }
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
         auto cached = _verified.find(user);
         if (cached != _verified.end() && cached->second.expires > std::chrono::steady_clock::now())
         {

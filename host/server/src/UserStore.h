@@ -73,6 +73,7 @@ private:
     };
     std::map<std::string, CacheEntry> _verified;
     std::string _cacheKey;
+    std::string _decoyHash; ///< checked for unknown users
     std::string _digest(const std::string& user, const std::string& password) const;
 };
 

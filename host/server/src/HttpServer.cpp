@@ -73,7 +73,12 @@ struct HttpServer::RequestState
     std::string password;
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
     bool bodyTooLarge = false;
+    // Credentials are checked (slowly, on a worker) before any body is read,
+    // so unauthenticated clients cannot make the server hold uploads.
+    bool authenticated = false;
     bool submitted = false;
+    // libmicrohttpd repeats the headers-only call after a resume.
+    bool sawRepeatedFirstCall = false;
     bool responseReady = false;
     HttpResponse response;
 };
@@ -137,6 +142,15 @@ struct HttpServerCallbacks
         if (state->responseReady)
         {
             return queue(state, state->response);
+        }
+        if (!state->authenticated)
+        {
+            return MHD_YES; // still parked for the login check
+        }
+        if (*uploadSize == 0 && !state->sawRepeatedFirstCall && state->request.body.empty())
+        {
+            state->sawRepeatedFirstCall = true;
+            return MHD_YES;
         }
         if (*uploadSize != 0)
         {
@@ -205,6 +219,8 @@ struct HttpServerCallbacks
             memset(password, 0, strlen(password));
             MHD_free(password);
         }
+        MHD_suspend_connection(state->connection);
+        server->_enqueue(state);
         return MHD_YES;
     }
 
@@ -387,6 +403,11 @@ void HttpServer::_workerLoop()
 void HttpServer::_process(RequestState* state)
 {
     HttpRequest& request = state->request;
+    if (state->authenticated)
+    {
+        _serve(state);
+        return;
+    }
     if (!_users.authenticate(request.user, state->password))
     {
         state->password.assign(state->password.size(), '\0');
@@ -398,6 +419,12 @@ void HttpServer::_process(RequestState* state)
         return;
     }
     state->password.assign(state->password.size(), '\0');
+    state->authenticated = true;
+}
+
+void HttpServer::_serve(RequestState* state)
+{
+    HttpRequest& request = state->request;
     try
     {
         state->response = _handler.handle(request);

@@ -70,6 +70,7 @@ private:
     void _workerLoop();
     void _enqueue(RequestState* state);
     void _process(RequestState* state);
+    void _serve(RequestState* state);
 
     HttpServerConfig _config;
     RequestHandler& _handler;

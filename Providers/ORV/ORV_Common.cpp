@@ -293,16 +293,11 @@ Boolean ORV_Common::matchObjectPath(const CIMObjectPath& path1, const CIMObjectP
 
 String ORV_Common::getUserName(const OperationContext& context)
 {
-    try
-    {
-        IdentityContainer container = context.get(IdentityContainer::NAME);
-        return container.getUserName();
-    }
-    catch (Exception&)
-    {
-        // No identity: the management API judges the empty name.
-        return String();
-    }
+    // A request without an identity is the server's mistake, not an anonymous
+    // caller: the framework's exception goes back rather than an empty name,
+    // which the management API would take for the server itself.
+    IdentityContainer container = context.get(IdentityContainer::NAME);
+    return container.getUserName();
 }
 
 void ORV_Common::authorizeUser(const OperationContext& context, const char* file, Uint32 line)

@@ -46,7 +46,7 @@ public:
     // and of their reference keys (one level deep) are ignored.
     static Boolean matchObjectPath(const CIMObjectPath& path1, const CIMObjectPath& path2);
 
-    // The caller's user name, "" when the context carries no identity.
+    // The caller's user name; a context without an identity throws.
     static String getUserName(const OperationContext& context);
 
     // Opens the management API for the caller; a refusal throws

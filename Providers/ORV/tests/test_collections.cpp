@@ -289,6 +289,20 @@ TEST_F(DirectProviderTest, RefusalsDeliverNothing)
     p->terminate();
 }
 
+TEST_F(DirectProviderTest, ContextWithoutIdentityIsNotServed)
+{
+    // The management API takes an empty name for the server itself, so a
+    // missing identity must never turn into one.
+    CIMInstanceProvider* p = make("ORV_StatisticsCollectionProvider");
+    ASSERT_NE(nullptr, p);
+    Sdk::CollectingObjectPathResponseHandler paths;
+    EXPECT_THROW(p->enumerateInstanceNames(OperationContext(),
+                                           classPath(CIMName("ORV_StatisticsCollection")), paths),
+                 Exception);
+    EXPECT_EQ(0u, paths.calls().size());
+    p->terminate();
+}
+
 TEST_F(DirectProviderTest, InitializeGoesOnWhenTheApiCannotBeOpened)
 {
     // Only the provider's own open fails; the sibling module's calls go on.

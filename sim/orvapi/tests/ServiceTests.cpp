@@ -56,7 +56,7 @@ TEST_F(SimTest, InjectedSemaphoreFailures)
     EXPECT_EQ(0, cim_sem_post());
 }
 
-TEST_F(SimTest, FaultSpecificationsParse)
+TEST_F(SimTest, FaultSettingsParse)
 {
     EXPECT_EQ(0, orvsim_set_faults_spec("api_getDiskStats=5, api_getPortStats=0x10@2:alloc"));
     api_DisksStats_t d{};

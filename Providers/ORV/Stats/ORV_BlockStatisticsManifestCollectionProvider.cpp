@@ -4,6 +4,7 @@
 #include <Pegasus/Common/Exception.h>
 
 #include "ORV_Common.h"
+#include "ORV_InstanceFrame.h"
 #include "orvapi.h"
 
 PEGASUS_USING_PEGASUS;
@@ -13,6 +14,8 @@ static const String ClassName("ORV_BlockStatisticsManifestCollectionProvider");
 namespace
 {
 const CIMName SERVED_CLASS("ORV_BlockStatisticsManifestCollection");
+// The shared request flow, under this provider's name and source file.
+const ORV_InstanceFrame FRAME(ClassName, SERVED_CLASS, __FILE__, __LINE__);
 const String ID_SUFFIX("-BlockStatisticsManifestCollection");
 const String ELEMENT_NAME("Block Statistics Manifest Collection");
 } // namespace
@@ -21,9 +24,10 @@ ORV_BlockStatisticsManifestCollectionProvider::ORV_BlockStatisticsManifestCollec
 {
 }
 
-ORV_BlockStatisticsManifestCollectionProvider::ORV_BlockStatisticsManifestCollectionProvider(const CIMObjectPath&)
+ORV_BlockStatisticsManifestCollectionProvider::ORV_BlockStatisticsManifestCollectionProvider(
+    const CIMObjectPath&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support constructor with object path.");
+    FRAME.refuse("constructor with object path");
 }
 
 ORV_BlockStatisticsManifestCollectionProvider::~ORV_BlockStatisticsManifestCollectionProvider()
@@ -32,16 +36,7 @@ ORV_BlockStatisticsManifestCollectionProvider::~ORV_BlockStatisticsManifestColle
 
 void ORV_BlockStatisticsManifestCollectionProvider::initialize(CIMOMHandle& cimom)
 {
-    _cimom = cimom;
-    if (api_orvOpenForCimserver(NULL) != 0)
-    {
-        log_message(2, "ORV_BlockStatisticsManifestCollectionProvider::initialize(): "
-                       "api_orvOpenForCimserver failed\n");
-    }
-    _hostAddr = ORV_Common::getSystemHostName(cimom);
-    _systemName = ORV_Common::getSystemName(cimom);
-    // The entry line is written last, with no exit line.
-    log_message(4, "-->ORV_BlockStatisticsManifestCollectionProvider::initialize()\n");
+    FRAME.initialize(cimom, _cimom, _hostAddr, _systemName);
 }
 
 void ORV_BlockStatisticsManifestCollectionProvider::terminate()
@@ -49,94 +44,60 @@ void ORV_BlockStatisticsManifestCollectionProvider::terminate()
     delete this;
 }
 
-void ORV_BlockStatisticsManifestCollectionProvider::getInstance(const OperationContext& context,
-                                                   const CIMObjectPath& instanceReference,
-                                                   const Boolean includeQualifiers,
-                                                   const Boolean includeClassOrigin,
-                                                   const CIMPropertyList& propertyList,
-                                                   InstanceResponseHandler& handler)
+void ORV_BlockStatisticsManifestCollectionProvider::getInstance(
+    const OperationContext& context, const CIMObjectPath& instanceReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
-    log_message(4, "--> ORV_BlockStatisticsManifestCollectionProvider::getInstance\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    CIMName className = instanceReference.getClassName();
-    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
-
-    String instanceID;
-    if (!ORV_Common::findFirstKey(instanceReference, CIMName("InstanceID"), instanceID))
-    {
-        throw CIMInvalidParameterException(ClassName + " InstanceID key not found.");
-    }
-
-    Array<CIMInstance> instances =
-        _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
-    for (Uint32 i = 0; i < instances.size(); i++)
-    {
-        if (ORV_Common::matchObjectPath(instanceReference, instances[i].getPath()))
-        {
-            handler.processing();
-            handler.deliver(instances[i]);
-            handler.complete();
-            log_message(4, "<-- ORV_BlockStatisticsManifestCollectionProvider::getInstance\n");
-            return;
-        }
-    }
-    throw CIMObjectNotFoundException(ClassName + " CIM Object not found." + instanceID);
+    FRAME.getInstance(
+        context, instanceReference,
+        [&](const CIMName& className, const String&) {
+            return _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
+        },
+        handler);
 }
 
-void ORV_BlockStatisticsManifestCollectionProvider::enumerateInstances(const OperationContext& context,
-                                                          const CIMObjectPath& classReference,
-                                                          const Boolean includeQualifiers,
-                                                          const Boolean includeClassOrigin,
-                                                          const CIMPropertyList& propertyList,
-                                                          InstanceResponseHandler& handler)
+void ORV_BlockStatisticsManifestCollectionProvider::enumerateInstances(
+    const OperationContext& context, const CIMObjectPath& classReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
-    log_message(4, "--> ORV_BlockStatisticsManifestCollectionProvider::enumerateInstances\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    CIMName className = classReference.getClassName();
-    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
-
-    Array<CIMInstance> instances =
-        _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
-    handler.processing();
-    handler.deliver(instances);
-    handler.complete();
-    log_message(4, "<-- ORV_BlockStatisticsManifestCollectionProvider::enumerateInstances\n");
+    FRAME.enumerateInstances(
+        context, classReference,
+        [&](const CIMName& className) {
+            return _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
+        },
+        handler);
 }
 
 void ORV_BlockStatisticsManifestCollectionProvider::enumerateInstanceNames(
     const OperationContext& context, const CIMObjectPath& classReference,
     ObjectPathResponseHandler& handler)
 {
-    log_message(4, "--> ORV_BlockStatisticsManifestCollectionProvider::enumerateInstanceNames\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    ORV_Common::checkClassName(classReference.getClassName(), SERVED_CLASS, ClassName);
-
-    Array<CIMObjectPath> paths = _build_ref();
-    handler.processing();
-    handler.deliver(paths);
-    handler.complete();
-    log_message(4, "<-- ORV_BlockStatisticsManifestCollectionProvider::enumerateInstanceNames\n");
+    FRAME.enumerateInstanceNames(
+        context, classReference, [this]() { return _build_ref(); }, handler);
 }
 
-void ORV_BlockStatisticsManifestCollectionProvider::modifyInstance(const OperationContext&,
-                                                      const CIMObjectPath&, const CIMInstance&,
-                                                      const Boolean, const CIMPropertyList&,
-                                                      ResponseHandler&)
+void ORV_BlockStatisticsManifestCollectionProvider::modifyInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, const Boolean,
+    const CIMPropertyList&, ResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
+    FRAME.refuse("modifyInstance");
 }
 
 void ORV_BlockStatisticsManifestCollectionProvider::createInstance(const OperationContext&,
-                                                      const CIMObjectPath&, const CIMInstance&,
-                                                      ObjectPathResponseHandler&)
+                                                                   const CIMObjectPath&,
+                                                                   const CIMInstance&,
+                                                                   ObjectPathResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support createInstance.");
+    FRAME.refuse("createInstance");
 }
 
 void ORV_BlockStatisticsManifestCollectionProvider::deleteInstance(const OperationContext&,
-                                                      const CIMObjectPath&, ResponseHandler&)
+                                                                   const CIMObjectPath&,
+                                                                   ResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
+    FRAME.refuse("deleteInstance");
 }
 
 String ORV_BlockStatisticsManifestCollectionProvider::makeInstanceID(const String& systemName)
@@ -144,8 +105,9 @@ String ORV_BlockStatisticsManifestCollectionProvider::makeInstanceID(const Strin
     return ORV_Common::INSTANCE_ID_PREFIX + ":" + systemName + ID_SUFFIX;
 }
 
-CIMObjectPath ORV_BlockStatisticsManifestCollectionProvider::buildObjectPath(const String& host,
-                                                                const String& instanceID)
+CIMObjectPath
+ORV_BlockStatisticsManifestCollectionProvider::buildObjectPath(const String& host,
+                                                               const String& instanceID)
 {
     Array<CIMKeyBinding> keys;
     keys.append(CIMKeyBinding(CIMName("InstanceID"), instanceID, CIMKeyBinding::STRING));
@@ -153,8 +115,8 @@ CIMObjectPath ORV_BlockStatisticsManifestCollectionProvider::buildObjectPath(con
 }
 
 CIMInstance ORV_BlockStatisticsManifestCollectionProvider::buildInstance(CIMClass cimClass,
-                                                            const String& host,
-                                                            const String& systemName)
+                                                                         const String& host,
+                                                                         const String& systemName)
 {
     CIMInstance instance = ORV_Common::buildInstanceSkeleton(cimClass);
     ORV_Common::setPropertyValue(instance, CIMName("InstanceID"), makeInstanceID(systemName));
@@ -165,16 +127,14 @@ CIMInstance ORV_BlockStatisticsManifestCollectionProvider::buildInstance(CIMClas
 }
 
 Array<CIMInstance> ORV_BlockStatisticsManifestCollectionProvider::_build_instances(
-    CIMName, bool includeQualifiers, bool includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    CIMName, bool includeQualifiers, bool includeClassOrigin, const CIMPropertyList& propertyList)
 {
     log_message(4, "--> ORV_BlockStatisticsManifestCollectionProvider::_build_instances\n");
     Array<CIMInstance> instances;
     // The served class is fetched whatever class the request named.
-    CIMClass cimClass = ORV_Common::getStoredCIMClass(_cimom, OperationContext(),
-                                                      ORV_Common::NAMESPACE, SERVED_CLASS, false,
-                                                      includeQualifiers, includeClassOrigin,
-                                                      propertyList);
+    CIMClass cimClass = ORV_Common::getStoredCIMClass(
+        _cimom, OperationContext(), ORV_Common::NAMESPACE, SERVED_CLASS, false, includeQualifiers,
+        includeClassOrigin, propertyList);
     instances.append(buildInstance(cimClass.clone(), _hostAddr, _systemName));
     log_message(4, "<-- ORV_BlockStatisticsManifestCollectionProvider::_build_instances\n");
     return instances;

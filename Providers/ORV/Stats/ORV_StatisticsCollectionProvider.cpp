@@ -6,6 +6,7 @@
 #include <Pegasus/Common/Exception.h>
 
 #include "ORV_Common.h"
+#include "ORV_InstanceFrame.h"
 #include "orvapi.h"
 
 PEGASUS_USING_PEGASUS;
@@ -15,6 +16,8 @@ static const String ClassName("ORV_StatisticsCollectionProvider");
 namespace
 {
 const CIMName SERVED_CLASS("ORV_StatisticsCollection");
+// The shared request flow, under this provider's name and source file.
+const ORV_InstanceFrame FRAME(ClassName, SERVED_CLASS, __FILE__, __LINE__);
 const String ID_SUFFIX("-StatisticsCollection");
 const String ELEMENT_NAME("Statistics Collection");
 } // namespace
@@ -25,7 +28,7 @@ ORV_StatisticsCollectionProvider::ORV_StatisticsCollectionProvider()
 
 ORV_StatisticsCollectionProvider::ORV_StatisticsCollectionProvider(const CIMObjectPath&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support constructor with object path.");
+    FRAME.refuse("constructor with object path");
 }
 
 ORV_StatisticsCollectionProvider::~ORV_StatisticsCollectionProvider()
@@ -34,16 +37,7 @@ ORV_StatisticsCollectionProvider::~ORV_StatisticsCollectionProvider()
 
 void ORV_StatisticsCollectionProvider::initialize(CIMOMHandle& cimom)
 {
-    _cimom = cimom;
-    if (api_orvOpenForCimserver(NULL) != 0)
-    {
-        log_message(2, "ORV_StatisticsCollectionProvider::initialize(): "
-                       "api_orvOpenForCimserver failed\n");
-    }
-    _hostAddr = ORV_Common::getSystemHostName(cimom);
-    _systemName = ORV_Common::getSystemName(cimom);
-    // The entry line is written last, with no exit line.
-    log_message(4, "-->ORV_StatisticsCollectionProvider::initialize()\n");
+    FRAME.initialize(cimom, _cimom, _hostAddr, _systemName);
 }
 
 void ORV_StatisticsCollectionProvider::terminate()
@@ -58,31 +52,12 @@ void ORV_StatisticsCollectionProvider::getInstance(const OperationContext& conte
                                                    const CIMPropertyList& propertyList,
                                                    InstanceResponseHandler& handler)
 {
-    log_message(4, "--> ORV_StatisticsCollectionProvider::getInstance\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    CIMName className = instanceReference.getClassName();
-    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
-
-    String instanceID;
-    if (!ORV_Common::findFirstKey(instanceReference, CIMName("InstanceID"), instanceID))
-    {
-        throw CIMInvalidParameterException(ClassName + " InstanceID key not found.");
-    }
-
-    Array<CIMInstance> instances =
-        _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
-    for (Uint32 i = 0; i < instances.size(); i++)
-    {
-        if (ORV_Common::matchObjectPath(instanceReference, instances[i].getPath()))
-        {
-            handler.processing();
-            handler.deliver(instances[i]);
-            handler.complete();
-            log_message(4, "<-- ORV_StatisticsCollectionProvider::getInstance\n");
-            return;
-        }
-    }
-    throw CIMObjectNotFoundException(ClassName + " CIM Object not found." + instanceID);
+    FRAME.getInstance(
+        context, instanceReference,
+        [&](const CIMName& className, const String&) {
+            return _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
+        },
+        handler);
 }
 
 void ORV_StatisticsCollectionProvider::enumerateInstances(const OperationContext& context,
@@ -92,53 +67,40 @@ void ORV_StatisticsCollectionProvider::enumerateInstances(const OperationContext
                                                           const CIMPropertyList& propertyList,
                                                           InstanceResponseHandler& handler)
 {
-    log_message(4, "--> ORV_StatisticsCollectionProvider::enumerateInstances\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    CIMName className = classReference.getClassName();
-    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
-
-    Array<CIMInstance> instances =
-        _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
-    handler.processing();
-    handler.deliver(instances);
-    handler.complete();
-    log_message(4, "<-- ORV_StatisticsCollectionProvider::enumerateInstances\n");
+    FRAME.enumerateInstances(
+        context, classReference,
+        [&](const CIMName& className) {
+            return _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
+        },
+        handler);
 }
 
-void ORV_StatisticsCollectionProvider::enumerateInstanceNames(
-    const OperationContext& context, const CIMObjectPath& classReference,
-    ObjectPathResponseHandler& handler)
+void ORV_StatisticsCollectionProvider::enumerateInstanceNames(const OperationContext& context,
+                                                              const CIMObjectPath& classReference,
+                                                              ObjectPathResponseHandler& handler)
 {
-    log_message(4, "--> ORV_StatisticsCollectionProvider::enumerateInstanceNames\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    ORV_Common::checkClassName(classReference.getClassName(), SERVED_CLASS, ClassName);
-
-    Array<CIMObjectPath> paths = _build_ref();
-    handler.processing();
-    handler.deliver(paths);
-    handler.complete();
-    log_message(4, "<-- ORV_StatisticsCollectionProvider::enumerateInstanceNames\n");
+    FRAME.enumerateInstanceNames(
+        context, classReference, [this]() { return _build_ref(); }, handler);
 }
 
-void ORV_StatisticsCollectionProvider::modifyInstance(const OperationContext&,
-                                                      const CIMObjectPath&, const CIMInstance&,
-                                                      const Boolean, const CIMPropertyList&,
-                                                      ResponseHandler&)
+void ORV_StatisticsCollectionProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+                                                      const CIMInstance&, const Boolean,
+                                                      const CIMPropertyList&, ResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
+    FRAME.refuse("modifyInstance");
 }
 
-void ORV_StatisticsCollectionProvider::createInstance(const OperationContext&,
-                                                      const CIMObjectPath&, const CIMInstance&,
+void ORV_StatisticsCollectionProvider::createInstance(const OperationContext&, const CIMObjectPath&,
+                                                      const CIMInstance&,
                                                       ObjectPathResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support createInstance.");
+    FRAME.refuse("createInstance");
 }
 
-void ORV_StatisticsCollectionProvider::deleteInstance(const OperationContext&,
-                                                      const CIMObjectPath&, ResponseHandler&)
+void ORV_StatisticsCollectionProvider::deleteInstance(const OperationContext&, const CIMObjectPath&,
+                                                      ResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
+    FRAME.refuse("deleteInstance");
 }
 
 String ORV_StatisticsCollectionProvider::makeInstanceID(const String& systemName)
@@ -154,8 +116,7 @@ CIMObjectPath ORV_StatisticsCollectionProvider::buildObjectPath(const String& ho
     return CIMObjectPath(host, ORV_Common::NAMESPACE, SERVED_CLASS, keys);
 }
 
-CIMInstance ORV_StatisticsCollectionProvider::buildInstance(CIMClass cimClass,
-                                                            const String& host,
+CIMInstance ORV_StatisticsCollectionProvider::buildInstance(CIMClass cimClass, const String& host,
                                                             const String& systemName)
 {
     CIMInstance instance = ORV_Common::buildInstanceSkeleton(cimClass);
@@ -168,16 +129,14 @@ CIMInstance ORV_StatisticsCollectionProvider::buildInstance(CIMClass cimClass,
 }
 
 Array<CIMInstance> ORV_StatisticsCollectionProvider::_build_instances(
-    CIMName, bool includeQualifiers, bool includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    CIMName, bool includeQualifiers, bool includeClassOrigin, const CIMPropertyList& propertyList)
 {
     log_message(4, "--> ORV_StatisticsCollectionProvider::_build_instances\n");
     Array<CIMInstance> instances;
     // The served class is fetched whatever class the request named.
-    CIMClass cimClass = ORV_Common::getStoredCIMClass(_cimom, OperationContext(),
-                                                      ORV_Common::NAMESPACE, SERVED_CLASS, false,
-                                                      includeQualifiers, includeClassOrigin,
-                                                      propertyList);
+    CIMClass cimClass = ORV_Common::getStoredCIMClass(
+        _cimom, OperationContext(), ORV_Common::NAMESPACE, SERVED_CLASS, false, includeQualifiers,
+        includeClassOrigin, propertyList);
     instances.append(buildInstance(cimClass.clone(), _hostAddr, _systemName));
     log_message(4, "<-- ORV_StatisticsCollectionProvider::_build_instances\n");
     return instances;

@@ -7,6 +7,7 @@
 #include <Pegasus/Common/Exception.h>
 
 #include "ORV_Common.h"
+#include "ORV_InstanceFrame.h"
 #include "ORV_VolumeStatisticalDataProvider.h"
 #include "orvapi.h"
 
@@ -19,10 +20,11 @@ namespace
 typedef ORV_VolumeStatisticalDataProvider Family;
 
 const CIMName SERVED_CLASS("ORV_ArrayStatisticalData");
+// The shared request flow, under this provider's name and source file.
+const ORV_InstanceFrame FRAME(ClassName, SERVED_CLASS, __FILE__, __LINE__);
 const CIMName INSTANCE_ID("InstanceID");
 const String ID_SUFFIX("-Stats");
 const Uint16 ELEMENT_TYPE_SYSTEM = 2;
-const int LOG_ERROR = 2;
 const int LOG_TRACE = 4;
 
 } // namespace
@@ -33,7 +35,7 @@ ORV_ArrayStatisticalDataProvider::ORV_ArrayStatisticalDataProvider()
 
 ORV_ArrayStatisticalDataProvider::ORV_ArrayStatisticalDataProvider(const CIMObjectPath&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support constructor with object path.");
+    FRAME.refuse("constructor with object path");
 }
 
 ORV_ArrayStatisticalDataProvider::~ORV_ArrayStatisticalDataProvider()
@@ -42,15 +44,7 @@ ORV_ArrayStatisticalDataProvider::~ORV_ArrayStatisticalDataProvider()
 
 void ORV_ArrayStatisticalDataProvider::initialize(CIMOMHandle& cimom)
 {
-    _cimom = cimom;
-    if (api_orvOpenForCimserver(NULL) != 0)
-    {
-        log_message(LOG_ERROR, "ORV_ArrayStatisticalDataProvider::initialize(): "
-                               "api_orvOpenForCimserver failed\n");
-    }
-    _hostAddr = ORV_Common::getSystemHostName(cimom);
-    _systemName = ORV_Common::getSystemName(cimom);
-    log_message(LOG_TRACE, "-->ORV_ArrayStatisticalDataProvider::initialize()\n");
+    FRAME.initialize(cimom, _cimom, _hostAddr, _systemName);
 }
 
 void ORV_ArrayStatisticalDataProvider::terminate()
@@ -59,119 +53,62 @@ void ORV_ArrayStatisticalDataProvider::terminate()
 }
 
 void ORV_ArrayStatisticalDataProvider::getInstance(const OperationContext& context,
-                                                  const CIMObjectPath& instanceReference,
-                                                  const Boolean includeQualifiers,
-                                                  const Boolean includeClassOrigin,
-                                                  const CIMPropertyList& propertyList,
-                                                  InstanceResponseHandler& handler)
+                                                   const CIMObjectPath& instanceReference,
+                                                   const Boolean includeQualifiers,
+                                                   const Boolean includeClassOrigin,
+                                                   const CIMPropertyList& propertyList,
+                                                   InstanceResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_ArrayStatisticalDataProvider::getInstance\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    CIMName className = instanceReference.getClassName();
-    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
-
-    String instanceID;
-    if (!ORV_Common::findFirstKey(instanceReference, INSTANCE_ID, instanceID))
-    {
-        throw CIMInvalidParameterException(ClassName + " InstanceID key not found.");
-    }
-
-    Array<CIMInstance> instances =
-        _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
-    for (Uint32 i = 0; i < instances.size(); i++)
-    {
-        if (ORV_Common::matchObjectPath(instanceReference, instances[i].getPath()))
-        {
-            handler.processing();
-            handler.deliver(instances[i]);
-            handler.complete();
-            log_message(LOG_TRACE, "<-- ORV_ArrayStatisticalDataProvider::getInstance\n");
-            return;
-        }
-    }
-    throw CIMObjectNotFoundException(ClassName + " CIM Object not found." + instanceID);
+    FRAME.getInstance(
+        context, instanceReference,
+        [&](const CIMName& className, const String&) {
+            return _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
+        },
+        handler);
 }
 
 void ORV_ArrayStatisticalDataProvider::enumerateInstances(const OperationContext& context,
-                                                         const CIMObjectPath& classReference,
-                                                         const Boolean includeQualifiers,
-                                                         const Boolean includeClassOrigin,
-                                                         const CIMPropertyList& propertyList,
-                                                         InstanceResponseHandler& handler)
+                                                          const CIMObjectPath& classReference,
+                                                          const Boolean includeQualifiers,
+                                                          const Boolean includeClassOrigin,
+                                                          const CIMPropertyList& propertyList,
+                                                          InstanceResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_ArrayStatisticalDataProvider::enumerateInstances\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    CIMName className = classReference.getClassName();
-    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
-
-    try
-    {
-        handler.processing();
-        Array<CIMInstance> instances =
-            _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
-        handler.deliver(instances);
-        handler.complete();
-        log_message(LOG_TRACE, "<-- ORV_ArrayStatisticalDataProvider::enumerateInstances\n");
-    }
-    catch (CIMException& e)
-    {
-        throw CIMOperationFailedException(ClassName +
-                                          "::enumerateInstances - Operation failed: " +
-                                          e.getMessage());
-    }
-    catch (...)
-    {
-        throw CIMOperationFailedException("Unknown error");
-    }
+    // A single chunk, so that a failure reads as a failed operation.
+    FRAME.enumerateInstanceChunks(
+        context, classReference,
+        [&](const CIMName& className, Boolean&) {
+            return _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
+        },
+        handler);
 }
 
 void ORV_ArrayStatisticalDataProvider::enumerateInstanceNames(const OperationContext& context,
-                                                             const CIMObjectPath& classReference,
-                                                             ObjectPathResponseHandler& handler)
+                                                              const CIMObjectPath& classReference,
+                                                              ObjectPathResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_ArrayStatisticalDataProvider::enumerateInstanceNames\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    ORV_Common::checkClassName(classReference.getClassName(), SERVED_CLASS, ClassName);
-
-    try
-    {
-        handler.processing();
-        Array<CIMObjectPath> paths = _build_ref();
-        handler.deliver(paths);
-        handler.complete();
-        log_message(LOG_TRACE, "<-- ORV_ArrayStatisticalDataProvider::enumerateInstanceNames\n");
-    }
-    catch (CIMException& e)
-    {
-        throw CIMOperationFailedException(ClassName +
-                                          "::enumerateInstanceNames - Operation failed: " +
-                                          e.getMessage());
-    }
-    catch (...)
-    {
-        throw CIMOperationFailedException("Operation error");
-    }
+    FRAME.enumerateInstanceNameChunks(
+        context, classReference, [this](Boolean&) { return _build_ref(); }, handler);
 }
 
-void ORV_ArrayStatisticalDataProvider::modifyInstance(const OperationContext&,
-                                                     const CIMObjectPath&, const CIMInstance&,
-                                                     const Boolean, const CIMPropertyList&,
-                                                     ResponseHandler&)
+void ORV_ArrayStatisticalDataProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+                                                      const CIMInstance&, const Boolean,
+                                                      const CIMPropertyList&, ResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
+    FRAME.refuse("modifyInstance");
 }
 
-void ORV_ArrayStatisticalDataProvider::createInstance(const OperationContext&,
-                                                     const CIMObjectPath&, const CIMInstance&,
-                                                     ObjectPathResponseHandler&)
+void ORV_ArrayStatisticalDataProvider::createInstance(const OperationContext&, const CIMObjectPath&,
+                                                      const CIMInstance&,
+                                                      ObjectPathResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support createInstance.");
+    FRAME.refuse("createInstance");
 }
 
-void ORV_ArrayStatisticalDataProvider::deleteInstance(const OperationContext&,
-                                                     const CIMObjectPath&, ResponseHandler&)
+void ORV_ArrayStatisticalDataProvider::deleteInstance(const OperationContext&, const CIMObjectPath&,
+                                                      ResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
+    FRAME.refuse("deleteInstance");
 }
 
 // ---- builders ---------------------------------------------------------------
@@ -228,9 +165,10 @@ CIMInstance ORV_ArrayStatisticalDataProvider::buildInstance(CIMClass cls,
 
 // ---- fetching ---------------------------------------------------------------
 
-Array<CIMInstance> ORV_ArrayStatisticalDataProvider::_build_instances(
-    const CIMName&, bool includeQualifiers, bool includeClassOrigin,
-    const CIMPropertyList& propertyList)
+Array<CIMInstance>
+ORV_ArrayStatisticalDataProvider::_build_instances(const CIMName&, bool includeQualifiers,
+                                                   bool includeClassOrigin,
+                                                   const CIMPropertyList& propertyList)
 {
     log_message(LOG_TRACE, "--> ORV_ArrayStatisticalDataProvider::_build_instances\n");
     Array<CIMInstance> instances;
@@ -239,10 +177,11 @@ Array<CIMInstance> ORV_ArrayStatisticalDataProvider::_build_instances(
     Family::FreeOnExit<api_PortStats_t> release(ports.stats);
 
     // Without the port counters there is no array instance at all.
-    if (Family::callLocked([&]() {
-            return api_getPortStats(API_PORT_TYPE_ALL, API_SEL_ANY, API_SEL_ANY, API_SEL_ANY,
-                                    &ports);
-        }) == 0)
+    if (Family::callLocked(
+            [&]() {
+                return api_getPortStats(API_PORT_TYPE_ALL, API_SEL_ANY, API_SEL_ANY, API_SEL_ANY,
+                                        &ports);
+            }) == 0)
     {
         CIMClass cimClass = ORV_Common::getStoredCIMClass(
             _cimom, OperationContext(), ORV_Common::NAMESPACE, SERVED_CLASS, false,

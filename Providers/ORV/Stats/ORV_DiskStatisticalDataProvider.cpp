@@ -6,6 +6,7 @@
 #include <Pegasus/Common/Exception.h>
 
 #include "ORV_Common.h"
+#include "ORV_InstanceFrame.h"
 #include "ORV_VolumeStatisticalDataProvider.h"
 #include "orvapi.h"
 
@@ -18,19 +19,22 @@ namespace
 typedef ORV_VolumeStatisticalDataProvider Family;
 
 const CIMName SERVED_CLASS("ORV_DiskStatisticalData");
+// The shared request flow, under this provider's name and source file.
+const ORV_InstanceFrame FRAME(ClassName, SERVED_CLASS, __FILE__, __LINE__);
 const CIMName INSTANCE_ID("InstanceID");
 const String ID_SUFFIX("-Stats");
 const Uint16 ELEMENT_TYPE_DISK = 10;
-const int LOG_ERROR = 2;
 const int LOG_TRACE = 4;
 
 // Every drive: the selectors that ask for all of them.
 Sint32 fetchAllDisks(api_DisksStats_t& out)
 {
-    return Family::callLocked([&]() {
-        return api_getDiskStats(API_DISK_ALL, API_WWN_ALL_VOLUMES, API_SEL_ANY, API_SEL_ANY,
-                                API_SEL_ANY, &out);
-    });
+    return Family::callLocked(
+        [&]()
+        {
+            return api_getDiskStats(API_DISK_ALL, API_WWN_ALL_VOLUMES, API_SEL_ANY, API_SEL_ANY,
+                                    API_SEL_ANY, &out);
+        });
 }
 } // namespace
 
@@ -40,7 +44,7 @@ ORV_DiskStatisticalDataProvider::ORV_DiskStatisticalDataProvider()
 
 ORV_DiskStatisticalDataProvider::ORV_DiskStatisticalDataProvider(const CIMObjectPath&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support constructor with object path.");
+    FRAME.refuse("constructor with object path");
 }
 
 ORV_DiskStatisticalDataProvider::~ORV_DiskStatisticalDataProvider()
@@ -49,14 +53,7 @@ ORV_DiskStatisticalDataProvider::~ORV_DiskStatisticalDataProvider()
 
 void ORV_DiskStatisticalDataProvider::initialize(CIMOMHandle& cimom)
 {
-    _cimom = cimom;
-    if (api_orvOpenForCimserver(NULL) != 0)
-    {
-        log_message(LOG_ERROR, "ORV_DiskStatisticalDataProvider::initialize(): "
-                               "api_orvOpenForCimserver failed\n");
-    }
-    _hostAddr = ORV_Common::getSystemHostName(cimom);
-    log_message(LOG_TRACE, "-->ORV_DiskStatisticalDataProvider::initialize()\n");
+    FRAME.initialize(cimom, _cimom, _hostAddr);
 }
 
 void ORV_DiskStatisticalDataProvider::terminate()
@@ -71,32 +68,13 @@ void ORV_DiskStatisticalDataProvider::getInstance(const OperationContext& contex
                                                   const CIMPropertyList& propertyList,
                                                   InstanceResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_DiskStatisticalDataProvider::getInstance\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    CIMName className = instanceReference.getClassName();
-    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
-
-    String instanceID;
-    if (!ORV_Common::findFirstKey(instanceReference, INSTANCE_ID, instanceID))
-    {
-        throw CIMInvalidParameterException(ClassName + " InstanceID key not found.");
-    }
-
     // The IDs are never parsed: all drives are built and the path decides.
-    Array<CIMInstance> instances =
-        _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
-    for (Uint32 i = 0; i < instances.size(); i++)
-    {
-        if (ORV_Common::matchObjectPath(instanceReference, instances[i].getPath()))
-        {
-            handler.processing();
-            handler.deliver(instances[i]);
-            handler.complete();
-            log_message(LOG_TRACE, "<-- ORV_DiskStatisticalDataProvider::getInstance\n");
-            return;
-        }
-    }
-    throw CIMObjectNotFoundException(ClassName + " CIM Object not found." + instanceID);
+    FRAME.getInstance(
+        context, instanceReference,
+        [&](const CIMName& className, const String&) {
+            return _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
+        },
+        handler);
 }
 
 void ORV_DiskStatisticalDataProvider::enumerateInstances(const OperationContext& context,
@@ -106,53 +84,39 @@ void ORV_DiskStatisticalDataProvider::enumerateInstances(const OperationContext&
                                                          const CIMPropertyList& propertyList,
                                                          InstanceResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_DiskStatisticalDataProvider::enumerateInstances\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    CIMName className = classReference.getClassName();
-    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
-
-    Array<CIMInstance> instances =
-        _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
-    handler.processing();
-    handler.deliver(instances);
-    handler.complete();
-    log_message(LOG_TRACE, "<-- ORV_DiskStatisticalDataProvider::enumerateInstances\n");
+    FRAME.enumerateInstances(
+        context, classReference,
+        [&](const CIMName& className) {
+            return _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
+        },
+        handler);
 }
 
 void ORV_DiskStatisticalDataProvider::enumerateInstanceNames(const OperationContext& context,
                                                              const CIMObjectPath& classReference,
                                                              ObjectPathResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_DiskStatisticalDataProvider::enumerateInstanceNames\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    ORV_Common::checkClassName(classReference.getClassName(), SERVED_CLASS, ClassName);
-
-    Array<CIMObjectPath> paths = _build_ref();
-    handler.processing();
-    handler.deliver(paths);
-    handler.complete();
-    log_message(LOG_TRACE, "<-- ORV_DiskStatisticalDataProvider::enumerateInstanceNames\n");
+    FRAME.enumerateInstanceNames(
+        context, classReference, [this]() { return _build_ref(); }, handler);
 }
 
-void ORV_DiskStatisticalDataProvider::modifyInstance(const OperationContext&,
-                                                     const CIMObjectPath&, const CIMInstance&,
-                                                     const Boolean, const CIMPropertyList&,
+void ORV_DiskStatisticalDataProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+                                                     const CIMInstance&, const Boolean,
+                                                     const CIMPropertyList&, ResponseHandler&)
+{
+    FRAME.refuse("modifyInstance");
+}
+
+void ORV_DiskStatisticalDataProvider::createInstance(const OperationContext&, const CIMObjectPath&,
+                                                     const CIMInstance&, ObjectPathResponseHandler&)
+{
+    FRAME.refuse("createInstance");
+}
+
+void ORV_DiskStatisticalDataProvider::deleteInstance(const OperationContext&, const CIMObjectPath&,
                                                      ResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
-}
-
-void ORV_DiskStatisticalDataProvider::createInstance(const OperationContext&,
-                                                     const CIMObjectPath&, const CIMInstance&,
-                                                     ObjectPathResponseHandler&)
-{
-    throw CIMNotSupportedException(ClassName + " does not support createInstance.");
-}
-
-void ORV_DiskStatisticalDataProvider::deleteInstance(const OperationContext&,
-                                                     const CIMObjectPath&, ResponseHandler&)
-{
-    throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
+    FRAME.refuse("deleteInstance");
 }
 
 // ---- builders ---------------------------------------------------------------
@@ -206,9 +170,10 @@ CIMInstance ORV_DiskStatisticalDataProvider::buildInstance(CIMClass cimClass,
 
 // ---- fetching ---------------------------------------------------------------
 
-Array<CIMInstance> ORV_DiskStatisticalDataProvider::_build_instances(
-    const CIMName&, bool includeQualifiers, bool includeClassOrigin,
-    const CIMPropertyList& propertyList)
+Array<CIMInstance>
+ORV_DiskStatisticalDataProvider::_build_instances(const CIMName&, bool includeQualifiers,
+                                                  bool includeClassOrigin,
+                                                  const CIMPropertyList& propertyList)
 {
     log_message(LOG_TRACE, "--> ORV_DiskStatisticalDataProvider::_build_instances\n");
     Array<CIMInstance> instances;

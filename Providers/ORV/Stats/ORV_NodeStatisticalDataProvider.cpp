@@ -6,6 +6,7 @@
 #include <Pegasus/Common/Exception.h>
 
 #include "ORV_Common.h"
+#include "ORV_InstanceFrame.h"
 #include "ORV_VolumeStatisticalDataProvider.h"
 #include "orvapi.h"
 
@@ -18,16 +19,16 @@ namespace
 typedef ORV_VolumeStatisticalDataProvider Family;
 
 const CIMName SERVED_CLASS("ORV_NodeStatisticalData");
+// The shared request flow, under this provider's name and source file.
+const ORV_InstanceFrame FRAME(ClassName, SERVED_CLASS, __FILE__, __LINE__);
 const CIMName INSTANCE_ID("InstanceID");
 const String ID_SUFFIX("-Stats");
 const Uint16 ELEMENT_TYPE_NODE = 4;
-const int LOG_ERROR = 2;
 const int LOG_TRACE = 4;
 
 // The CPU record is fetched only when the class asks for one of these.
 const char* const CPU_PROPERTIES[] = {"TotalCPUUserTimeCounter", "TotalCPUIdleTimeCounter",
-                                      "TotalCPUSystemTimeCounter", "Interrupts",
-                                      "ContextSwitches"};
+                                      "TotalCPUSystemTimeCounter", "Interrupts", "ContextSwitches"};
 
 void setU64(CIMInstance& instance, const char* name, Uint64 value)
 {
@@ -98,7 +99,7 @@ ORV_NodeStatisticalDataProvider::ORV_NodeStatisticalDataProvider()
 
 ORV_NodeStatisticalDataProvider::ORV_NodeStatisticalDataProvider(const CIMObjectPath&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support constructor with object path.");
+    FRAME.refuse("constructor with object path");
 }
 
 ORV_NodeStatisticalDataProvider::~ORV_NodeStatisticalDataProvider()
@@ -107,14 +108,7 @@ ORV_NodeStatisticalDataProvider::~ORV_NodeStatisticalDataProvider()
 
 void ORV_NodeStatisticalDataProvider::initialize(CIMOMHandle& cimom)
 {
-    _cimom = cimom;
-    if (api_orvOpenForCimserver(NULL) != 0)
-    {
-        log_message(LOG_ERROR, "ORV_NodeStatisticalDataProvider::initialize(): "
-                               "api_orvOpenForCimserver failed\n");
-    }
-    _hostAddr = ORV_Common::getSystemHostName(cimom);
-    log_message(LOG_TRACE, "-->ORV_NodeStatisticalDataProvider::initialize()\n");
+    FRAME.initialize(cimom, _cimom, _hostAddr);
 }
 
 void ORV_NodeStatisticalDataProvider::terminate()
@@ -129,31 +123,12 @@ void ORV_NodeStatisticalDataProvider::getInstance(const OperationContext& contex
                                                   const CIMPropertyList& propertyList,
                                                   InstanceResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_NodeStatisticalDataProvider::getInstance\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    CIMName className = instanceReference.getClassName();
-    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
-
-    String instanceID;
-    if (!ORV_Common::findFirstKey(instanceReference, INSTANCE_ID, instanceID))
-    {
-        throw CIMInvalidParameterException(ClassName + " InstanceID key not found.");
-    }
-
-    Array<CIMInstance> instances =
-        _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
-    for (Uint32 i = 0; i < instances.size(); i++)
-    {
-        if (ORV_Common::matchObjectPath(instanceReference, instances[i].getPath()))
-        {
-            handler.processing();
-            handler.deliver(instances[i]);
-            handler.complete();
-            log_message(LOG_TRACE, "<-- ORV_NodeStatisticalDataProvider::getInstance\n");
-            return;
-        }
-    }
-    throw CIMObjectNotFoundException(ClassName + " CIM Object not found." + instanceID);
+    FRAME.getInstance(
+        context, instanceReference,
+        [&](const CIMName& className, const String&) {
+            return _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
+        },
+        handler);
 }
 
 void ORV_NodeStatisticalDataProvider::enumerateInstances(const OperationContext& context,
@@ -163,79 +138,40 @@ void ORV_NodeStatisticalDataProvider::enumerateInstances(const OperationContext&
                                                          const CIMPropertyList& propertyList,
                                                          InstanceResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_NodeStatisticalDataProvider::enumerateInstances\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    CIMName className = classReference.getClassName();
-    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
-
-    try
-    {
-        handler.processing();
-        Array<CIMInstance> instances =
-            _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
-        handler.deliver(instances);
-        handler.complete();
-        log_message(LOG_TRACE, "<-- ORV_NodeStatisticalDataProvider::enumerateInstances\n");
-    }
-    catch (CIMException& e)
-    {
-        throw CIMOperationFailedException(ClassName +
-                                          "::enumerateInstances - Operation failed: " +
-                                          e.getMessage());
-    }
-    catch (...)
-    {
-        throw CIMOperationFailedException("Unknown error");
-    }
+    // A single chunk, so that a failure reads as a failed operation.
+    FRAME.enumerateInstanceChunks(
+        context, classReference,
+        [&](const CIMName& className, Boolean&) {
+            return _build_instances(className, includeQualifiers, includeClassOrigin, propertyList);
+        },
+        handler);
 }
 
 void ORV_NodeStatisticalDataProvider::enumerateInstanceNames(const OperationContext& context,
                                                              const CIMObjectPath& classReference,
                                                              ObjectPathResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_NodeStatisticalDataProvider::enumerateInstanceNames\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    ORV_Common::checkClassName(classReference.getClassName(), SERVED_CLASS, ClassName);
-
-    try
-    {
-        handler.processing();
-        Array<CIMObjectPath> paths = _build_ref();
-        handler.deliver(paths);
-        handler.complete();
-        log_message(LOG_TRACE, "<-- ORV_NodeStatisticalDataProvider::enumerateInstanceNames\n");
-    }
-    catch (CIMException& e)
-    {
-        throw CIMOperationFailedException(ClassName +
-                                          "::enumerateInstanceNames - Operation failed: " +
-                                          e.getMessage());
-    }
-    catch (...)
-    {
-        throw CIMOperationFailedException("Operation error");
-    }
+    FRAME.enumerateInstanceNameChunks(
+        context, classReference, [this](Boolean&) { return _build_ref(); }, handler);
 }
 
-void ORV_NodeStatisticalDataProvider::modifyInstance(const OperationContext&,
-                                                     const CIMObjectPath&, const CIMInstance&,
-                                                     const Boolean, const CIMPropertyList&,
+void ORV_NodeStatisticalDataProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+                                                     const CIMInstance&, const Boolean,
+                                                     const CIMPropertyList&, ResponseHandler&)
+{
+    FRAME.refuse("modifyInstance");
+}
+
+void ORV_NodeStatisticalDataProvider::createInstance(const OperationContext&, const CIMObjectPath&,
+                                                     const CIMInstance&, ObjectPathResponseHandler&)
+{
+    FRAME.refuse("createInstance");
+}
+
+void ORV_NodeStatisticalDataProvider::deleteInstance(const OperationContext&, const CIMObjectPath&,
                                                      ResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
-}
-
-void ORV_NodeStatisticalDataProvider::createInstance(const OperationContext&,
-                                                     const CIMObjectPath&, const CIMInstance&,
-                                                     ObjectPathResponseHandler&)
-{
-    throw CIMNotSupportedException(ClassName + " does not support createInstance.");
-}
-
-void ORV_NodeStatisticalDataProvider::deleteInstance(const OperationContext&,
-                                                     const CIMObjectPath&, ResponseHandler&)
-{
-    throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
+    FRAME.refuse("deleteInstance");
 }
 
 // ---- builders ---------------------------------------------------------------
@@ -299,17 +235,15 @@ CIMInstance ORV_NodeStatisticalDataProvider::buildInstance(CIMClass cls, Uint32 
 
     CIMInstance instance = ORV_Common::buildInstanceSkeleton(cls);
     String instanceID = makeInstanceID(portStats);
-    String elementName =
-        String("Node ") +
-        Family::fieldText(portStats.nodeDeviceID, sizeof(portStats.nodeDeviceID)) +
-        " Statistical Data";
+    String elementName = String("Node ") +
+                         Family::fieldText(portStats.nodeDeviceID, sizeof(portStats.nodeDeviceID)) +
+                         " Statistical Data";
 
     ORV_Common::setPropertyValue(instance, CIMName("InstanceID"), instanceID);
     ORV_Common::setPropertyValue(instance, CIMName("ElementName"), elementName);
     ORV_Common::setPropertyValue(instance, CIMName("StatisticTime"),
                                  ORV_Common::getCIMDateTime(portStats.time));
-    Family::setStartStatisticTime(instance, portStats.time, s, "NodeStatisticalData",
-                                  elementName);
+    Family::setStartStatisticTime(instance, portStats.time, s, "NodeStatisticalData", elementName);
     ORV_Common::setPropertyValue(instance, CIMName("ElementType"), ELEMENT_TYPE_NODE);
     Family::setIoCounters(instance, s.read, s.write);
 
@@ -353,9 +287,10 @@ CIMInstance ORV_NodeStatisticalDataProvider::buildInstance(CIMClass cls, Uint32 
 
 // ---- fetching ---------------------------------------------------------------
 
-Array<CIMInstance> ORV_NodeStatisticalDataProvider::_build_instances(
-    const CIMName&, bool includeQualifiers, bool includeClassOrigin,
-    const CIMPropertyList& propertyList)
+Array<CIMInstance>
+ORV_NodeStatisticalDataProvider::_build_instances(const CIMName&, bool includeQualifiers,
+                                                  bool includeClassOrigin,
+                                                  const CIMPropertyList& propertyList)
 {
     log_message(LOG_TRACE, "--> ORV_NodeStatisticalDataProvider::_build_instances\n");
     api_PortStats_t aggregates[API_MAX_NODES];
@@ -369,10 +304,9 @@ Array<CIMInstance> ORV_NodeStatisticalDataProvider::_build_instances(
     memset(&ports, 0, sizeof(ports));
     Family::FreeOnExit<api_PortStats_t> releasePorts(ports.stats);
 
-    CIMClass cimClass = ORV_Common::getStoredCIMClass(_cimom, OperationContext(),
-                                                      ORV_Common::NAMESPACE, SERVED_CLASS, false,
-                                                      includeQualifiers, includeClassOrigin,
-                                                      propertyList);
+    CIMClass cimClass = ORV_Common::getStoredCIMClass(
+        _cimom, OperationContext(), ORV_Common::NAMESPACE, SERVED_CLASS, false, includeQualifiers,
+        includeClassOrigin, propertyList);
 
     // A node is reported only when the node list names it.
     if (Family::callLocked([&]() { return api_getNodes(&nodes); }) == 0)
@@ -391,10 +325,11 @@ Array<CIMInstance> ORV_NodeStatisticalDataProvider::_build_instances(
 
     // Node I/O is the sum over its ports; the last port of a node sets the
     // times. Ports not bound to a node count nowhere.
-    if (Family::callLocked([&]() {
-            return api_getPortStats(API_PORT_TYPE_ALL, API_SEL_ANY, API_SEL_ANY, API_SEL_ANY,
-                                    &ports);
-        }) == 0)
+    if (Family::callLocked(
+            [&]() {
+                return api_getPortStats(API_PORT_TYPE_ALL, API_SEL_ANY, API_SEL_ANY, API_SEL_ANY,
+                                        &ports);
+            }) == 0)
     {
         for (Uint32 i = 0; i < ports.count; i++)
         {
@@ -421,8 +356,7 @@ Array<CIMInstance> ORV_NodeStatisticalDataProvider::_build_instances(
     {
         if (aggregates[node].nodeDeviceID[0] != '\0')
         {
-            instances.append(
-                buildInstance(cimClass, node, aggregates[node], nodeStats, _hostAddr));
+            instances.append(buildInstance(cimClass, node, aggregates[node], nodeStats, _hostAddr));
         }
     }
     log_message(LOG_TRACE, "<-- ORV_NodeStatisticalDataProvider::_build_instances\n");
@@ -441,9 +375,8 @@ Array<CIMObjectPath> ORV_NodeStatisticalDataProvider::_build_ref()
         for (Uint32 i = 0; i < nodes.count; i++)
         {
             const api_NodeInfo_t& info = nodes.nodes[i];
-            paths.append(buildObjectPath(
-                _hostAddr,
-                makeInstanceID(Family::fieldText(info.nodeName, sizeof(info.nodeName)))));
+            paths.append(buildObjectPath(_hostAddr, makeInstanceID(Family::fieldText(
+                                                        info.nodeName, sizeof(info.nodeName)))));
         }
     }
     log_message(LOG_TRACE, "<-- ORV_NodeStatisticalDataProvider::_build_ref\n");

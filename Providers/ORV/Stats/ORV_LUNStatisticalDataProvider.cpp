@@ -9,6 +9,7 @@
 #include <Pegasus/Common/Exception.h>
 
 #include "ORV_Common.h"
+#include "ORV_InstanceFrame.h"
 #include "ORV_VolumeStatisticalDataProvider.h"
 #include "orvapi.h"
 
@@ -21,6 +22,8 @@ namespace
 typedef ORV_VolumeStatisticalDataProvider Family;
 
 const CIMName SERVED_CLASS("ORV_LUNStatisticalData");
+// The shared request flow, under this provider's name and source file.
+const ORV_InstanceFrame FRAME(ClassName, SERVED_CLASS, __FILE__, __LINE__);
 const CIMName INSTANCE_ID("InstanceID");
 const char* const ID_PREFIX = "QZ_KYRO";
 const Uint16 ELEMENT_TYPE_LOGICAL_UNITS = 11;
@@ -56,7 +59,7 @@ ORV_LUNStatisticalDataProvider::ORV_LUNStatisticalDataProvider()
 
 ORV_LUNStatisticalDataProvider::ORV_LUNStatisticalDataProvider(const CIMObjectPath&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support constructor with object path.");
+    FRAME.refuse("constructor with object path");
 }
 
 ORV_LUNStatisticalDataProvider::~ORV_LUNStatisticalDataProvider()
@@ -65,14 +68,7 @@ ORV_LUNStatisticalDataProvider::~ORV_LUNStatisticalDataProvider()
 
 void ORV_LUNStatisticalDataProvider::initialize(CIMOMHandle& cimom)
 {
-    _cimom = cimom;
-    if (api_orvOpenForCimserver(NULL) != 0)
-    {
-        log_message(LOG_ERROR, "ORV_LUNStatisticalDataProvider::initialize(): "
-                               "api_orvOpenForCimserver failed\n");
-    }
-    _hostAddr = ORV_Common::getSystemHostName(cimom);
-    log_message(LOG_TRACE, "-->ORV_LUNStatisticalDataProvider::initialize()\n");
+    FRAME.initialize(cimom, _cimom, _hostAddr);
 }
 
 void ORV_LUNStatisticalDataProvider::terminate()
@@ -81,14 +77,14 @@ void ORV_LUNStatisticalDataProvider::terminate()
 }
 
 void ORV_LUNStatisticalDataProvider::getInstance(const OperationContext& context,
-                                                  const CIMObjectPath& instanceReference,
-                                                  const Boolean includeQualifiers,
-                                                  const Boolean includeClassOrigin,
-                                                  const CIMPropertyList& propertyList,
-                                                  InstanceResponseHandler& handler)
+                                                 const CIMObjectPath& instanceReference,
+                                                 const Boolean includeQualifiers,
+                                                 const Boolean includeClassOrigin,
+                                                 const CIMPropertyList& propertyList,
+                                                 InstanceResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_LUNStatisticalDataProvider::getInstance\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
+    FRAME.traceEntry("getInstance");
+    FRAME.checkUser(context);
     // A second open for the server itself; its failure is only logged, with
     // the wording the initialize path uses.
     if (api_orvOpenForCimserver(NULL) != 0)
@@ -97,85 +93,58 @@ void ORV_LUNStatisticalDataProvider::getInstance(const OperationContext& context
                                "api_orvOpenForCimserver failed\n");
     }
     CIMName className = instanceReference.getClassName();
-    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
-
-    String instanceID;
-    if (!ORV_Common::findFirstKey(instanceReference, INSTANCE_ID, instanceID))
-    {
-        throw CIMInvalidParameterException(ClassName + " InstanceID key not found.");
-    }
+    FRAME.checkClass(className);
+    String instanceID = FRAME.requireInstanceID(instanceReference);
 
     // The ID narrows the query; the path match still decides.
-    Array<CIMInstance> instances = _build_instances(className, includeQualifiers,
-                                                    includeClassOrigin, propertyList, instanceID);
-    for (Uint32 i = 0; i < instances.size(); i++)
-    {
-        if (ORV_Common::matchObjectPath(instanceReference, instances[i].getPath()))
-        {
-            handler.processing();
-            handler.deliver(instances[i]);
-            handler.complete();
-            log_message(LOG_TRACE, "<-- ORV_LUNStatisticalDataProvider::getInstance\n");
-            return;
-        }
-    }
-    throw CIMObjectNotFoundException(ClassName + " CIM Object not found." + instanceID);
+    FRAME.deliverMatch(instanceReference,
+                       _build_instances(className, includeQualifiers, includeClassOrigin,
+                                        propertyList, instanceID),
+                       instanceID, handler);
 }
 
 void ORV_LUNStatisticalDataProvider::enumerateInstances(const OperationContext& context,
-                                                         const CIMObjectPath& classReference,
-                                                         const Boolean includeQualifiers,
-                                                         const Boolean includeClassOrigin,
-                                                         const CIMPropertyList& propertyList,
-                                                         InstanceResponseHandler& handler)
+                                                        const CIMObjectPath& classReference,
+                                                        const Boolean includeQualifiers,
+                                                        const Boolean includeClassOrigin,
+                                                        const CIMPropertyList& propertyList,
+                                                        InstanceResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_LUNStatisticalDataProvider::enumerateInstances\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    CIMName className = classReference.getClassName();
-    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
-
-    Array<CIMInstance> instances = _build_instances(className, includeQualifiers,
-                                                    includeClassOrigin, propertyList, String());
-    handler.processing();
-    handler.deliver(instances);
-    handler.complete();
-    log_message(LOG_TRACE, "<-- ORV_LUNStatisticalDataProvider::enumerateInstances\n");
+    FRAME.enumerateInstances(
+        context, classReference,
+        [&](const CIMName& className)
+        {
+            return _build_instances(className, includeQualifiers, includeClassOrigin, propertyList,
+                                    String());
+        },
+        handler);
 }
 
 void ORV_LUNStatisticalDataProvider::enumerateInstanceNames(const OperationContext& context,
-                                                             const CIMObjectPath& classReference,
-                                                             ObjectPathResponseHandler& handler)
+                                                            const CIMObjectPath& classReference,
+                                                            ObjectPathResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_LUNStatisticalDataProvider::enumerateInstanceNames\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    ORV_Common::checkClassName(classReference.getClassName(), SERVED_CLASS, ClassName);
-
-    Array<CIMObjectPath> paths = _build_ref();
-    handler.processing();
-    handler.deliver(paths);
-    handler.complete();
-    log_message(LOG_TRACE, "<-- ORV_LUNStatisticalDataProvider::enumerateInstanceNames\n");
+    FRAME.enumerateInstanceNames(
+        context, classReference, [this]() { return _build_ref(); }, handler);
 }
 
-void ORV_LUNStatisticalDataProvider::modifyInstance(const OperationContext&,
-                                                     const CIMObjectPath&, const CIMInstance&,
-                                                     const Boolean, const CIMPropertyList&,
-                                                     ResponseHandler&)
+void ORV_LUNStatisticalDataProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+                                                    const CIMInstance&, const Boolean,
+                                                    const CIMPropertyList&, ResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
+    FRAME.refuse("modifyInstance");
 }
 
-void ORV_LUNStatisticalDataProvider::createInstance(const OperationContext&,
-                                                     const CIMObjectPath&, const CIMInstance&,
-                                                     ObjectPathResponseHandler&)
+void ORV_LUNStatisticalDataProvider::createInstance(const OperationContext&, const CIMObjectPath&,
+                                                    const CIMInstance&, ObjectPathResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support createInstance.");
+    FRAME.refuse("createInstance");
 }
 
-void ORV_LUNStatisticalDataProvider::deleteInstance(const OperationContext&,
-                                                     const CIMObjectPath&, ResponseHandler&)
+void ORV_LUNStatisticalDataProvider::deleteInstance(const OperationContext&, const CIMObjectPath&,
+                                                    ResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
+    FRAME.refuse("deleteInstance");
 }
 
 // ---- builders ---------------------------------------------------------------
@@ -221,8 +190,7 @@ Sint32 ORV_LUNStatisticalDataProvider::parseID(const String& instanceID, Sint32*
                                                char* vvname, Sint32* nsp_n, Sint32* nsp_s,
                                                Sint32* nsp_p, char* host_hwid)
 {
-    if (instanceID.size() == 0 || !lunid || !vvname || !nsp_n || !nsp_s || !nsp_p ||
-        !host_hwid)
+    if (instanceID.size() == 0 || !lunid || !vvname || !nsp_n || !nsp_s || !nsp_p || !host_hwid)
     {
         log_message(LOG_ERROR, "\tparseID: Invalid parameter.\n");
         return PARSE_FAILED;
@@ -326,19 +294,20 @@ Array<CIMInstance> ORV_LUNStatisticalDataProvider::_build_instances(
     Family::FreeOnExit<api_VLunStats_t> release(allstats.stats);
     // The library takes node and port as signed 8 bits and the slot as signed
     // 16 bits; node 253 of unbound paths thus travels as -3.
-    Sint32 status = Family::callLocked([&]() {
-        return api_getVLunStats(0, vvname, lunid, (Sint8)nsp_n, (Sint16)nsp_s, (Sint8)nsp_p,
-                                &allstats);
-    });
+    Sint32 status = Family::callLocked(
+        [&]()
+        {
+            return api_getVLunStats(0, vvname, lunid, (Sint8)nsp_n, (Sint16)nsp_s, (Sint8)nsp_p,
+                                    &allstats);
+        });
     if (status != 0)
     {
         return instances;
     }
 
-    CIMClass cimClass = ORV_Common::getStoredCIMClass(_cimom, OperationContext(),
-                                                      ORV_Common::NAMESPACE, SERVED_CLASS, false,
-                                                      includeQualifiers, includeClassOrigin,
-                                                      propertyList);
+    CIMClass cimClass = ORV_Common::getStoredCIMClass(
+        _cimom, OperationContext(), ORV_Common::NAMESPACE, SERVED_CLASS, false, includeQualifiers,
+        includeClassOrigin, propertyList);
     if (!isGetInstance)
     {
         instances.reserveCapacity(allstats.count);
@@ -374,10 +343,12 @@ Array<CIMObjectPath> ORV_LUNStatisticalDataProvider::_build_ref()
     api_VLunsStats_t allstats;
     memset(&allstats, 0, sizeof(allstats));
     Family::FreeOnExit<api_VLunStats_t> release(allstats.stats);
-    if (Family::callLocked([&]() {
-            return api_getVLunStats(0, NULL, API_LUN_ALL, API_NSP_ALL, API_NSP_ALL, API_NSP_ALL,
-                                    &allstats);
-        }) == 0)
+    if (Family::callLocked(
+            [&]()
+            {
+                return api_getVLunStats(0, NULL, API_LUN_ALL, API_NSP_ALL, API_NSP_ALL, API_NSP_ALL,
+                                        &allstats);
+            }) == 0)
     {
         paths.reserveCapacity(allstats.count);
         for (Uint32 i = 0; i < allstats.count; i++)

@@ -6,6 +6,7 @@
 #include <Pegasus/Common/Exception.h>
 
 #include "ORV_Common.h"
+#include "ORV_InstanceFrame.h"
 #include "orvapi.h"
 
 PEGASUS_USING_PEGASUS;
@@ -15,6 +16,8 @@ static const String ClassName("ORV_VolumeStatisticalDataProvider");
 namespace
 {
 const CIMName SERVED_CLASS("ORV_VolumeStatisticalData");
+// The shared request flow, under this provider's name and source file.
+const ORV_InstanceFrame FRAME(ClassName, SERVED_CLASS, __FILE__, __LINE__);
 const CIMName INSTANCE_ID("InstanceID");
 const String ID_SUFFIX("-Stats");
 const Uint16 ELEMENT_TYPE_VOLUME = 8;
@@ -57,7 +60,7 @@ ORV_VolumeStatisticalDataProvider::ORV_VolumeStatisticalDataProvider()
 
 ORV_VolumeStatisticalDataProvider::ORV_VolumeStatisticalDataProvider(const CIMObjectPath&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support constructor with object path.");
+    FRAME.refuse("constructor with object path");
 }
 
 ORV_VolumeStatisticalDataProvider::~ORV_VolumeStatisticalDataProvider()
@@ -66,14 +69,7 @@ ORV_VolumeStatisticalDataProvider::~ORV_VolumeStatisticalDataProvider()
 
 void ORV_VolumeStatisticalDataProvider::initialize(CIMOMHandle& cimom)
 {
-    _cimom = cimom;
-    if (api_orvOpenForCimserver(NULL) != 0)
-    {
-        log_message(LOG_ERROR, "ORV_VolumeStatisticalDataProvider::initialize(): "
-                               "api_orvOpenForCimserver failed\n");
-    }
-    _hostAddr = ORV_Common::getSystemHostName(cimom);
-    log_message(LOG_TRACE, "-->ORV_VolumeStatisticalDataProvider::initialize()\n");
+    FRAME.initialize(cimom, _cimom, _hostAddr);
 }
 
 void ORV_VolumeStatisticalDataProvider::terminate()
@@ -88,38 +84,20 @@ void ORV_VolumeStatisticalDataProvider::getInstance(const OperationContext& cont
                                                     const CIMPropertyList& propertyList,
                                                     InstanceResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_VolumeStatisticalDataProvider::getInstance\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    CIMName className = instanceReference.getClassName();
-    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
-
-    String instanceID;
-    if (!ORV_Common::findFirstKey(instanceReference, INSTANCE_ID, instanceID))
-    {
-        throw CIMInvalidParameterException(ClassName + " InstanceID key not found.");
-    }
-
-    uint64_t vvWWN = API_WWN_ALL_VOLUMES;
-    uint64_t vvWWN_re = 0;
-    parseWWN(instanceID, &vvWWN_re, &vvWWN);
-
-    // One volume is asked for, in a single unchunked call.
-    Uint32 cursor_id = 0;
-    Array<CIMInstance> instances =
-        _build_instances(className, includeQualifiers, includeClassOrigin, propertyList, vvWWN_re,
-                         vvWWN, &cursor_id, false);
-    for (Uint32 i = 0; i < instances.size(); i++)
-    {
-        if (ORV_Common::matchObjectPath(instanceReference, instances[i].getPath()))
+    // One volume is asked for, in a single unchunked call; the ID only
+    // narrows the query and the path match still decides.
+    FRAME.getInstance(
+        context, instanceReference,
+        [&](const CIMName& className, const String& instanceID)
         {
-            handler.processing();
-            handler.deliver(instances[i]);
-            handler.complete();
-            log_message(LOG_TRACE, "<-- ORV_VolumeStatisticalDataProvider::getInstance\n");
-            return;
-        }
-    }
-    throw CIMObjectNotFoundException(ClassName + " CIM Object not found." + instanceID);
+            uint64_t vvWWN = API_WWN_ALL_VOLUMES;
+            uint64_t vvWWN_re = 0;
+            parseWWN(instanceID, &vvWWN_re, &vvWWN);
+            Uint32 cursor_id = 0;
+            return _build_instances(className, includeQualifiers, includeClassOrigin, propertyList,
+                                    vvWWN_re, vvWWN, &cursor_id, false);
+        },
+        handler);
 }
 
 void ORV_VolumeStatisticalDataProvider::enumerateInstances(const OperationContext& context,
@@ -129,73 +107,36 @@ void ORV_VolumeStatisticalDataProvider::enumerateInstances(const OperationContex
                                                            const CIMPropertyList& propertyList,
                                                            InstanceResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_VolumeStatisticalDataProvider::enumerateInstances\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    CIMName className = classReference.getClassName();
-    ORV_Common::checkClassName(className, SERVED_CLASS, ClassName);
-
-    try
-    {
-        Uint32 cursor_id = 0;
-        handler.processing();
-        Uint32 inst_count = 0;
-        // Each chunk is delivered before the next is fetched; the semaphore is
-        // released between chunks so other requests can interleave.
-        do
+    // Each chunk is delivered before the next is fetched; the semaphore is
+    // released between chunks so other requests can interleave.
+    Uint32 cursor_id = 0;
+    FRAME.enumerateInstanceChunks(
+        context, classReference,
+        [&](const CIMName& className, Boolean& more)
         {
             Array<CIMInstance> instances =
-                _build_instances(className, includeQualifiers, includeClassOrigin, propertyList,
-                                 0, API_WWN_ALL_VOLUMES, &cursor_id, true);
-            inst_count = instances.size();
-            handler.deliver(instances);
-        } while (cursor_id != 0 && inst_count != 0);
-        handler.complete();
-        log_message(LOG_TRACE, "<-- ORV_VolumeStatisticalDataProvider::enumerateInstances\n");
-    }
-    catch (CIMException& e)
-    {
-        throw CIMOperationFailedException(ClassName +
-                                          "::enumerateInstances - Operation failed: " +
-                                          e.getMessage());
-    }
-    catch (...)
-    {
-        throw CIMOperationFailedException("Unknown error");
-    }
+                _build_instances(className, includeQualifiers, includeClassOrigin, propertyList, 0,
+                                 API_WWN_ALL_VOLUMES, &cursor_id, true);
+            more = cursor_id != 0;
+            return instances;
+        },
+        handler);
 }
 
-void ORV_VolumeStatisticalDataProvider::enumerateInstanceNames(
-    const OperationContext& context, const CIMObjectPath& classReference,
-    ObjectPathResponseHandler& handler)
+void ORV_VolumeStatisticalDataProvider::enumerateInstanceNames(const OperationContext& context,
+                                                               const CIMObjectPath& classReference,
+                                                               ObjectPathResponseHandler& handler)
 {
-    log_message(LOG_TRACE, "--> ORV_VolumeStatisticalDataProvider::enumerateInstanceNames\n");
-    ORV_Common::authorizeUser(context, __FILE__, __LINE__);
-    ORV_Common::checkClassName(classReference.getClassName(), SERVED_CLASS, ClassName);
-
-    try
-    {
-        Uint32 cursor_id = 0;
-        handler.processing();
-        Uint32 ref_count = 0;
-        do
+    Uint32 cursor_id = 0;
+    FRAME.enumerateInstanceNameChunks(
+        context, classReference,
+        [&](Boolean& more)
         {
             Array<CIMObjectPath> paths = _build_ref(&cursor_id, CHUNK_SIZE);
-            ref_count = paths.size();
-            handler.deliver(paths);
-        } while (cursor_id != 0 && ref_count != 0);
-        handler.complete();
-        log_message(LOG_TRACE, "<-- ORV_VolumeStatisticalDataProvider::enumerateInstanceNames\n");
-    }
-    catch (CIMException& e)
-    {
-        throw CIMOperationFailedException(ClassName +
-                                          "::enumerateInstanceNames - Operation failed: " +
-                                          e.getMessage());
-    }
-    catch (...)
-    {
-        throw CIMOperationFailedException("Operation error");
-    }
+            more = cursor_id != 0;
+            return paths;
+        },
+        handler);
 }
 
 void ORV_VolumeStatisticalDataProvider::modifyInstance(const OperationContext&,
@@ -203,20 +144,20 @@ void ORV_VolumeStatisticalDataProvider::modifyInstance(const OperationContext&,
                                                        const Boolean, const CIMPropertyList&,
                                                        ResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
+    FRAME.refuse("modifyInstance");
 }
 
 void ORV_VolumeStatisticalDataProvider::createInstance(const OperationContext&,
                                                        const CIMObjectPath&, const CIMInstance&,
                                                        ObjectPathResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support createInstance.");
+    FRAME.refuse("createInstance");
 }
 
 void ORV_VolumeStatisticalDataProvider::deleteInstance(const OperationContext&,
                                                        const CIMObjectPath&, ResponseHandler&)
 {
-    throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
+    FRAME.refuse("deleteInstance");
 }
 
 // ---- builders ---------------------------------------------------------------
@@ -282,8 +223,7 @@ CIMInstance ORV_VolumeStatisticalDataProvider::buildInstance(CIMClass cimClass,
 
     ORV_Common::setPropertyValue(instance, INSTANCE_ID, instanceID);
     ORV_Common::setPropertyValue(instance, P_ELEMENT_NAME, elementName);
-    ORV_Common::setPropertyValue(instance, P_STATISTIC_TIME,
-                                 ORV_Common::getCIMDateTime(data.time));
+    ORV_Common::setPropertyValue(instance, P_STATISTIC_TIME, ORV_Common::getCIMDateTime(data.time));
     setStartStatisticTime(instance, data.time, s, "VolumeStatisticalData", elementName);
     ORV_Common::setPropertyValue(instance, P_ELEMENT_TYPE, ELEMENT_TYPE_VOLUME);
     setIoCounters(instance, s.read, s.write);
@@ -390,9 +330,8 @@ Array<CIMInstance> ORV_VolumeStatisticalDataProvider::_build_instances(
     Sint32 status;
     if (!isChunked)
     {
-        status = callLocked([&]() {
-            return api_getVolumeStats_chunk(&allstats, vvWWN, vvWWN_re, cursor_id, 0);
-        });
+        status = callLocked(
+            [&]() { return api_getVolumeStats_chunk(&allstats, vvWWN, vvWWN_re, cursor_id, 0); });
     }
     else
     {
@@ -402,10 +341,12 @@ Array<CIMInstance> ORV_VolumeStatisticalDataProvider::_build_instances(
                                    "getVVs_chunk() invalid cursor_id.\n");
             throw CIMOperationFailedException("Internal error.");
         }
-        status = callLocked([&]() {
-            return api_getVolumeStats_chunk(&allstats, API_WWN_ALL_VOLUMES, API_WWN_ALL_VOLUMES,
-                                            cursor_id, CHUNK_SIZE);
-        });
+        status = callLocked(
+            [&]()
+            {
+                return api_getVolumeStats_chunk(&allstats, API_WWN_ALL_VOLUMES, API_WWN_ALL_VOLUMES,
+                                                cursor_id, CHUNK_SIZE);
+            });
         if (status != 0)
         {
             log_message(LOG_ERROR,
@@ -446,10 +387,12 @@ Array<CIMObjectPath> ORV_VolumeStatisticalDataProvider::_build_ref(Uint32* curso
     memset(&allstats, 0, sizeof(allstats));
     FreeOnExit<api_VolumeStats_t> release(allstats.stats);
 
-    Sint32 status = callLocked([&]() {
-        return api_getVolumeStats_chunk(&allstats, API_WWN_ALL_VOLUMES, API_WWN_ALL_VOLUMES,
-                                        cursor_id, chunk_size);
-    });
+    Sint32 status = callLocked(
+        [&]()
+        {
+            return api_getVolumeStats_chunk(&allstats, API_WWN_ALL_VOLUMES, API_WWN_ALL_VOLUMES,
+                                            cursor_id, chunk_size);
+        });
     // Unlike the instance chunks, a failure here just ends the listing.
     if (status == 0)
     {

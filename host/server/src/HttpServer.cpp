@@ -305,6 +305,7 @@ void HttpServer::start()
     {
         std::lock_guard<std::mutex> lock(_queueMutex);
         _stopping = false;
+        _liveWorkers = static_cast<int>(_config.workerThreads);
     }
     for (unsigned i = 0; i < _config.workerThreads; ++i)
     {
@@ -348,6 +349,21 @@ void HttpServer::stop(unsigned graceSeconds)
         _idleCv.wait_for(lock, std::chrono::seconds(graceSeconds), [this] {
             return _queue.empty() && _processing == 0;
         });
+        _stopping = true;
+    }
+    // Workers drain everything parked before they leave: stopping a daemon
+    // frees its connections, and a worker must never touch one afterwards.
+    _queueCv.notify_all();
+    for (std::thread& worker : _workers)
+    {
+        worker.join();
+    }
+    _workers.clear();
+    {
+        // Let the answers just handed back reach their clients before the
+        // daemons close the connections.
+        std::unique_lock<std::mutex> lock(_queueMutex);
+        _idleCv.wait_for(lock, std::chrono::seconds(10), [this] { return _inFlight == 0; });
     }
     for (MHD_Daemon** daemon : {&_http, &_https})
     {
@@ -357,23 +373,21 @@ void HttpServer::stop(unsigned graceSeconds)
             *daemon = nullptr;
         }
     }
-    {
-        std::lock_guard<std::mutex> lock(_queueMutex);
-        _stopping = true;
-    }
-    _queueCv.notify_all();
-    for (std::thread& worker : _workers)
-    {
-        worker.join();
-    }
-    _workers.clear();
 }
 
 void HttpServer::_enqueue(RequestState* state)
 {
-    std::lock_guard<std::mutex> lock(_queueMutex);
-    _queue.push_back(state);
-    _queueCv.notify_one();
+    {
+        std::lock_guard<std::mutex> lock(_queueMutex);
+        if (_liveWorkers > 0)
+        {
+            _queue.push_back(state);
+            _queueCv.notify_one();
+            return;
+        }
+    }
+    _process(state);
+    MHD_resume_connection(state->connection);
 }
 
 void HttpServer::_workerLoop()
@@ -386,6 +400,7 @@ void HttpServer::_workerLoop()
             _queueCv.wait(lock, [this] { return _stopping || !_queue.empty(); });
             if (_queue.empty())
             {
+                --_liveWorkers;
                 return;
             }
             state = _queue.front();

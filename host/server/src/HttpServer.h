@@ -87,6 +87,9 @@ private:
     std::vector<std::thread> _workers;
     std::atomic<int> _inFlight{0};
     int _processing = 0;
+    // Workers still taking requests; once none is left, a request parked
+    // during shutdown is served on the daemon's own thread instead.
+    int _liveWorkers = 0;
 };
 
 } // namespace orvhost

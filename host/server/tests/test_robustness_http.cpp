@@ -13,6 +13,8 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <thread>
+#include <vector>
 #include <cstdio>
 #include <string>
 
@@ -27,6 +29,10 @@ public:
     HttpResponse handle(const HttpRequest& request) override
     {
         ++calls;
+        if (request.body == "slow")
+        {
+            usleep(300000);
+        }
         HttpResponse response;
         response.body = "user=" + request.user + " body=" + std::to_string(request.body.size());
         return response;
@@ -228,3 +234,32 @@ TEST_F(HttpRobustness, OversizedBodiesAreRefused)
     EXPECT_NE(exchange(post(goodAuth, "ok")).find("body=2"), std::string::npos);
 }
 } // namespace
+
+TEST_F(HttpRobustness, StopFinishesEveryRequestAlreadyTaken)
+{
+    // More slow requests than workers, so some wait in the queue when the
+    // server is told to stop at once: every one of them is still answered,
+    // and no worker touches a connection after the daemon is gone.
+    const int clients = 5;
+    std::vector<int> fds;
+    for (int i = 0; i < clients; ++i)
+    {
+        int fd = connectClient();
+        std::string request = post(goodAuth, "slow");
+        ASSERT_EQ(write(fd, request.data(), request.size()), static_cast<ssize_t>(request.size()));
+        fds.push_back(fd);
+    }
+    while (handler.calls == 0)
+    {
+        usleep(10000);
+    }
+    std::thread stopper([this] { server->stop(0); });
+    for (int fd : fds)
+    {
+        std::string answer = readAnswer(fd);
+        EXPECT_NE(answer.find(" 200 "), std::string::npos) << answer;
+        close(fd);
+    }
+    stopper.join();
+    EXPECT_EQ(handler.calls, clients);
+}

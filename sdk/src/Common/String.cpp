@@ -32,7 +32,7 @@ size_t _length(const Char16* str)
     return n;
 }
 
-void _throwBadUtf8(size_t index)
+[[noreturn]] void _throwBadUtf8(size_t index)
 {
     char buffer[32];
     snprintf(buffer, sizeof(buffer), "%zu", index);

@@ -77,6 +77,10 @@ private:
                                         const CIMPropertyList& propertyList);
     Array<CIMObjectPath> _build_ref();
 
+    // Pairs of (Include switch, counter it governs), in record order; the
+    // row with an empty switch name ends the table.
+    static const String _schemaProps[12][2];
+
     CIMOMHandle _cimom;
     String _hostAddr;
     String _systemName;

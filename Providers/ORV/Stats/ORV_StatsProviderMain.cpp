@@ -5,7 +5,9 @@
 #include <Pegasus/Common/String.h>
 #include <Pegasus/Provider/CIMProvider.h>
 
+#include "ORV_BlockStatisticsCapabilitiesProvider.h"
 #include "ORV_BlockStatisticsManifestCollectionProvider.h"
+#include "ORV_BlockStatisticsManifestProvider.h"
 #include "ORV_StatisticsCollectionProvider.h"
 #include "ORV_AssociatedBlockStatisticsManifestCollectionProvider.h"
 #include "ORV_MemberOfBlockStatisticsManifestCollectionProvider.h"
@@ -51,7 +53,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_BlockStatisticsManifestProvider"))
     {
-        return 0;
+        return create<ORV_BlockStatisticsManifestProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_MemberOfBlockStatisticsManifestCollectionProvider"))
     {
@@ -107,7 +109,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_BlockStatisticsCapabilitiesProvider"))
     {
-        return 0;
+        return create<ORV_BlockStatisticsCapabilitiesProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_StatisticsElementCapabilitiesProvider"))
     {

@@ -13,6 +13,7 @@
 #include "ORV_MemberOfBlockStatisticsManifestCollectionProvider.h"
 #include "ORV_MemberOfStatisticsCollectionProvider.h"
 #include "ORV_ArrayStatisticalDataProvider.h"
+#include "ORV_BlockStatisticsServiceProvider.h"
 #include "ORV_DiskStatisticalDataProvider.h"
 #include "ORV_LUNStatisticalDataProvider.h"
 #include "ORV_NodeStatisticalDataProvider.h"
@@ -105,7 +106,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_BlockStatisticsServiceProvider"))
     {
-        return 0;
+        return create<ORV_BlockStatisticsServiceProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_BlockStatisticsCapabilitiesProvider"))
     {

@@ -8,6 +8,7 @@
 #include "ORV_BlockStatisticsCapabilitiesProvider.h"
 #include "ORV_BlockStatisticsManifestCollectionProvider.h"
 #include "ORV_BlockStatisticsManifestProvider.h"
+#include "ORV_StatisticsElementCapabilitiesProvider.h"
 #include "ORV_StatisticsCollectionProvider.h"
 #include "ORV_AssociatedBlockStatisticsManifestCollectionProvider.h"
 #include "ORV_MemberOfBlockStatisticsManifestCollectionProvider.h"
@@ -114,7 +115,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_StatisticsElementCapabilitiesProvider"))
     {
-        return 0;
+        return create<ORV_StatisticsElementCapabilitiesProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_LUNStatisticalDataProvider"))
     {

@@ -1,0 +1,209 @@
+// The capabilities instance and its association with the statistics
+// service, through the object manager with the simulated array.
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <Pegasus/Common/CIMObject.h>
+#include <Pegasus/Common/Exception.h>
+
+#include "ModuleFixture.h"
+#include "ORV_Common.h"
+
+using namespace orvtest;
+
+namespace
+{
+
+const CIMNamespaceName NS("root/orv");
+const CIMName CAPABILITIES("ORV_BlockStatisticsCapabilities");
+const CIMName SERVICE("ORV_BlockStatisticsService");
+const CIMName ELEMENT_CAPABILITIES("ORV_StatisticsElementCapabilities");
+
+String capabilitiesID()
+{
+    return String(simSystemName().c_str()) + "-BlockStatisticsCapabilities";
+}
+
+CIMObjectPath servicePath()
+{
+    const String system = simSystemName().c_str();
+    Array<CIMKeyBinding> keys;
+    keys.append(CIMKeyBinding(CIMName("SystemCreationClassName"), "ORV_StorageSystem",
+                              CIMKeyBinding::STRING));
+    keys.append(CIMKeyBinding(CIMName("SystemName"), system, CIMKeyBinding::STRING));
+    keys.append(CIMKeyBinding(CIMName("CreationClassName"), "ORV_BlockStatisticsService",
+                              CIMKeyBinding::STRING));
+    keys.append(CIMKeyBinding(CIMName("Name"), system + "-BlockStatisticsService",
+                              CIMKeyBinding::STRING));
+    return CIMObjectPath(String(), NS, SERVICE, keys);
+}
+
+std::vector<Uint16> values(const Array<Uint16>& a)
+{
+    return std::vector<Uint16>(a.getData(), a.getData() + a.size());
+}
+
+class CapabilitiesTest : public ModuleFixture
+{
+protected:
+    Array<CIMObject> associators(const CIMObjectPath& object, const CIMName& resultClass,
+                                 const String& role = String())
+    {
+        return om().associators(contextFor(READER_USER), NS, object, ELEMENT_CAPABILITIES,
+                                resultClass, role, String(), false, false, CIMPropertyList());
+    }
+    Array<CIMObjectPath> referenceNames(const CIMObjectPath& object, const String& role)
+    {
+        return om().referenceNames(contextFor(READER_USER), NS, object, ELEMENT_CAPABILITIES,
+                                   role);
+    }
+};
+
+TEST_F(CapabilitiesTest, OneInstanceDescribingTheService)
+{
+    Array<CIMInstance> all = enumerateInstances(READER_USER, CAPABILITIES);
+    ASSERT_EQ(1u, all.size());
+    CIMInstance& c = all[0];
+    EXPECT_EQ(str(capabilitiesID()), str(ORV_Common::getStringProperty(c, "InstanceID")));
+    EXPECT_EQ("Block Statistics Capabilities", str(ORV_Common::getStringProperty(c, "ElementName")));
+
+    Array<Uint16> types;
+    ASSERT_EQ(0u, ORV_Common::getProperty(c, "ElementTypesSupported", types));
+    EXPECT_EQ((std::vector<Uint16>{2, 4, 6, 7, 8, 10, 11}), values(types));
+    Array<Uint16> synchronous;
+    ASSERT_EQ(0u, ORV_Common::getProperty(c, "SynchronousMethodsSupported", synchronous));
+    EXPECT_EQ((std::vector<Uint16>{4}), values(synchronous));
+    Array<Uint16> asynchronous;
+    EXPECT_EQ(4u, ORV_Common::getProperty(c, "AsynchronousMethodsSupported", asynchronous));
+    unsigned long long tick = 0;
+    ASSERT_EQ(0u, ORV_Common::getProperty(c, "ClockTickInterval", tick));
+    EXPECT_EQ(1u, tick);
+    EXPECT_EQ(CIMTYPE_UINT64, ORV_Common::getPropertyValue(c, "ClockTickInterval").getType());
+
+    EXPECT_EQ(simHostName(), str(c.getPath().getHost()));
+    Array<CIMObjectPath> names = enumerateInstanceNames(READER_USER, CAPABILITIES);
+    ASSERT_EQ(1u, names.size());
+    EXPECT_TRUE(ORV_Common::matchObjectPath(names[0], c.getPath()));
+
+    CIMInstance one = getInstance(READER_USER, instancePath(CAPABILITIES, capabilitiesID()));
+    EXPECT_TRUE(ORV_Common::matchObjectPath(one.getPath(), c.getPath()));
+}
+
+TEST_F(CapabilitiesTest, GetInstanceErrors)
+{
+    // The identifier has no "QZ_KYRO:" prefix, so one carrying it is unknown.
+    const String prefixed = "QZ_KYRO:" + capabilitiesID();
+    Array<CIMKeyBinding> otherKey;
+    otherKey.append(CIMKeyBinding(CIMName("Name"), capabilitiesID(), CIMKeyBinding::STRING));
+    const std::string name = "ORV_BlockStatisticsCapabilitiesProvider";
+    struct Case
+    {
+        const char* what;
+        const char* user;
+        CIMObjectPath path;
+        CIMStatusCode code;
+        std::string text;
+    } cases[] = {
+        {"prefixed identifier", READER_USER, instancePath(CAPABILITIES, prefixed),
+         CIM_ERR_NOT_FOUND, name + " CIM Object not found." + str(prefixed)},
+        {"no InstanceID", READER_USER, CIMObjectPath(String(), NS, CAPABILITIES, otherKey),
+         CIM_ERR_INVALID_PARAMETER, name + " InstanceID key not found."},
+        {"refused user", REFUSED_USER, instancePath(CAPABILITIES, capabilitiesID()),
+         CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user"},
+    };
+    for (Case& c : cases)
+    {
+        CimOutcome o = runCatching([&]() { getInstance(c.user, c.path); });
+        ASSERT_TRUE(o.thrown) << c.what;
+        EXPECT_EQ(c.code, o.code) << c.what;
+        EXPECT_NE(std::string::npos, o.message.find(c.text)) << c.what << ": " << o.message;
+    }
+}
+
+TEST_F(CapabilitiesTest, AssociationTiesTheServiceToItsCapabilities)
+{
+    Array<CIMObjectPath> names = enumerateInstanceNames(READER_USER, ELEMENT_CAPABILITIES);
+    ASSERT_EQ(1u, names.size());
+    CIMObjectPath service;
+    CIMObjectPath capabilities;
+    Array<CIMKeyBinding> keys = names[0].getKeyBindings();
+    ASSERT_EQ(2u, keys.size());
+    for (Uint32 i = 0; i < keys.size(); i++)
+    {
+        ASSERT_EQ(CIMKeyBinding::REFERENCE, keys[i].getType());
+        const CIMObjectPath ref(keys[i].getValue());
+        EXPECT_EQ(simHostName(), str(ref.getHost()));
+        if (keys[i].getName().equal(CIMName("ManagedElement")))
+        {
+            service = ref;
+        }
+        else if (keys[i].getName().equal(CIMName("Capabilities")))
+        {
+            capabilities = ref;
+        }
+    }
+    EXPECT_TRUE(ORV_Common::matchObjectPath(servicePath(), service));
+    EXPECT_TRUE(ORV_Common::matchObjectPath(instancePath(CAPABILITIES, capabilitiesID()),
+                                            capabilities));
+
+    // Both ends are served instances, and the association itself can be read
+    // back by its name.
+    getInstance(READER_USER, service);
+    getInstance(READER_USER, capabilities);
+    CIMInstance assoc = getInstance(READER_USER, names[0]);
+    EXPECT_TRUE(ORV_Common::matchObjectPath(names[0], assoc.getPath()));
+}
+
+TEST_F(CapabilitiesTest, NavigationAndFilters)
+{
+    const CIMObjectPath capabilities = instancePath(CAPABILITIES, capabilitiesID());
+    struct Case
+    {
+        const char* what;
+        CIMObjectPath from;
+        CIMName resultClass;
+        String role;
+        const char* expectedClass; // "" for no result
+    } cases[] = {
+        {"service, any class", servicePath(), CIMName(), String(),
+         "ORV_BlockStatisticsCapabilities"},
+        {"service, generic capabilities class", servicePath(),
+         CIMName("CIM_BlockStatisticsCapabilities"), String(), "ORV_BlockStatisticsCapabilities"},
+        {"service asked for services", servicePath(), CIMName("CIM_BlockStatisticsService"),
+         String(), ""},
+        {"service in the wrong role", servicePath(), CIMName(), "Capabilities", ""},
+        {"capabilities, any class", capabilities, CIMName(), String(),
+         "ORV_BlockStatisticsService"},
+        {"capabilities, role written in lower case", capabilities, CIMName(), "capabilities",
+         "ORV_BlockStatisticsService"},
+        {"capabilities asked for capabilities", capabilities, CAPABILITIES, String(), ""},
+    };
+    for (Case& c : cases)
+    {
+        Array<CIMObject> found = associators(c.from, c.resultClass, c.role);
+        if (!*c.expectedClass)
+        {
+            EXPECT_EQ(0u, found.size()) << c.what;
+            continue;
+        }
+        ASSERT_EQ(1u, found.size()) << c.what;
+        EXPECT_EQ(c.expectedClass, str(found[0].getClassName().getString())) << c.what;
+    }
+
+    EXPECT_EQ(0u, referenceNames(capabilities, "ManagedElement").size());
+    Array<CIMObjectPath> refs = referenceNames(capabilities, "Capabilities");
+    ASSERT_EQ(1u, refs.size());
+    Array<CIMObjectPath> names = enumerateInstanceNames(READER_USER, ELEMENT_CAPABILITIES);
+    EXPECT_TRUE(ORV_Common::matchObjectPath(names[0], refs[0]));
+
+    Array<CIMObject> fromService = om().references(contextFor(READER_USER), NS, servicePath(),
+                                                   CIMName("CIM_ElementCapabilities"), String(),
+                                                   false, false, CIMPropertyList());
+    ASSERT_EQ(1u, fromService.size());
+    EXPECT_TRUE(ORV_Common::matchObjectPath(names[0], fromService[0].getPath()));
+}
+
+} // namespace

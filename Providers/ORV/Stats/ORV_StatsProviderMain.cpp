@@ -20,6 +20,11 @@
 #include "ORV_NodeStatisticalDataProvider.h"
 #include "ORV_PortStatisticalDataProvider.h"
 #include "ORV_VolumeStatisticalDataProvider.h"
+#include "ORV_ArrayElementStatisticalDataProvider.h"
+#include "ORV_DiskElementStatisticalDataProvider.h"
+#include "ORV_NodeElementStatisticalDataProvider.h"
+#include "ORV_PortElementStatisticalDataProvider.h"
+#include "ORV_VolumeElementStatisticalDataProvider.h"
 
 PEGASUS_USING_PEGASUS;
 
@@ -71,7 +76,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_ArrayElementStatisticalDataProvider"))
     {
-        return 0;
+        return create<ORV_ArrayElementStatisticalDataProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_NodeStatisticalDataProvider"))
     {
@@ -79,7 +84,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_NodeElementStatisticalDataProvider"))
     {
-        return 0;
+        return create<ORV_NodeElementStatisticalDataProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_DiskStatisticalDataProvider"))
     {
@@ -87,7 +92,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_DiskElementStatisticalDataProvider"))
     {
-        return 0;
+        return create<ORV_DiskElementStatisticalDataProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_PortStatisticalDataProvider"))
     {
@@ -95,7 +100,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_PortElementStatisticalDataProvider"))
     {
-        return 0;
+        return create<ORV_PortElementStatisticalDataProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_VolumeStatisticalDataProvider"))
     {
@@ -103,7 +108,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     }
     if (String::equalNoCase(providerName, "ORV_VolumeElementStatisticalDataProvider"))
     {
-        return 0;
+        return create<ORV_VolumeElementStatisticalDataProvider>();
     }
     if (String::equalNoCase(providerName, "ORV_BlockStatisticsServiceProvider"))
     {

@@ -3,8 +3,8 @@
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/Exception.h>
 
-#include "ORV_Common.h"
 #include "ORV_BlockStatisticsManifestProvider.h"
+#include "ORV_Common.h"
 #include "ORV_InstanceFrame.h"
 #include "orvapi.h"
 
@@ -25,9 +25,7 @@ const Uint16 GET_STATISTICS_COLLECTION = 4;
 const Uint64 CLOCK_TICK_MICROSECONDS = 1;
 } // namespace
 
-ORV_BlockStatisticsCapabilitiesProvider::ORV_BlockStatisticsCapabilitiesProvider()
-{
-}
+ORV_BlockStatisticsCapabilitiesProvider::ORV_BlockStatisticsCapabilitiesProvider() {}
 
 ORV_BlockStatisticsCapabilitiesProvider::ORV_BlockStatisticsCapabilitiesProvider(
     const CIMObjectPath&)
@@ -35,9 +33,7 @@ ORV_BlockStatisticsCapabilitiesProvider::ORV_BlockStatisticsCapabilitiesProvider
     FRAME.refuse("constructor with object path");
 }
 
-ORV_BlockStatisticsCapabilitiesProvider::~ORV_BlockStatisticsCapabilitiesProvider()
-{
-}
+ORV_BlockStatisticsCapabilitiesProvider::~ORV_BlockStatisticsCapabilitiesProvider() {}
 
 void ORV_BlockStatisticsCapabilitiesProvider::initialize(CIMOMHandle& cimom)
 {
@@ -49,10 +45,12 @@ void ORV_BlockStatisticsCapabilitiesProvider::terminate()
     delete this;
 }
 
-void ORV_BlockStatisticsCapabilitiesProvider::getInstance(
-    const OperationContext& context, const CIMObjectPath& instanceReference,
-    const Boolean includeQualifiers, const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
+void ORV_BlockStatisticsCapabilitiesProvider::getInstance(const OperationContext& context,
+                                                          const CIMObjectPath& instanceReference,
+                                                          const Boolean includeQualifiers,
+                                                          const Boolean includeClassOrigin,
+                                                          const CIMPropertyList& propertyList,
+                                                          InstanceResponseHandler& handler)
 {
     FRAME.getInstance(
         context, instanceReference,
@@ -83,24 +81,25 @@ void ORV_BlockStatisticsCapabilitiesProvider::enumerateInstanceNames(
         context, classReference, [this]() { return _build_ref(); }, handler);
 }
 
-void ORV_BlockStatisticsCapabilitiesProvider::modifyInstance(
-    const OperationContext&, const CIMObjectPath&, const CIMInstance&, const Boolean,
-    const CIMPropertyList&, ResponseHandler&)
+void ORV_BlockStatisticsCapabilitiesProvider::modifyInstance(const OperationContext&,
+                                                             const CIMObjectPath&,
+                                                             const CIMInstance&, const Boolean,
+                                                             const CIMPropertyList&,
+                                                             ResponseHandler&)
 {
     FRAME.refuse("modifyInstance");
 }
 
 void ORV_BlockStatisticsCapabilitiesProvider::createInstance(const OperationContext&,
-                                                                   const CIMObjectPath&,
-                                                                   const CIMInstance&,
-                                                                   ObjectPathResponseHandler&)
+                                                             const CIMObjectPath&,
+                                                             const CIMInstance&,
+                                                             ObjectPathResponseHandler&)
 {
     FRAME.refuse("createInstance");
 }
 
 void ORV_BlockStatisticsCapabilitiesProvider::deleteInstance(const OperationContext&,
-                                                                   const CIMObjectPath&,
-                                                                   ResponseHandler&)
+                                                             const CIMObjectPath&, ResponseHandler&)
 {
     FRAME.refuse("deleteInstance");
 }

@@ -22,15 +22,12 @@ public:
     virtual void getInstance(const OperationContext& context,
                              const CIMObjectPath& instanceReference,
                              const Boolean includeQualifiers, const Boolean includeClassOrigin,
-                             const CIMPropertyList& propertyList,
-                             InstanceResponseHandler& handler);
+                             const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
 
-    virtual void enumerateInstances(const OperationContext& context,
-                                    const CIMObjectPath& classReference,
-                                    const Boolean includeQualifiers,
-                                    const Boolean includeClassOrigin,
-                                    const CIMPropertyList& propertyList,
-                                    InstanceResponseHandler& handler);
+    virtual void
+    enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+                       const Boolean includeQualifiers, const Boolean includeClassOrigin,
+                       const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
 
     virtual void enumerateInstanceNames(const OperationContext& context,
                                         const CIMObjectPath& classReference,
@@ -38,8 +35,7 @@ public:
 
     virtual void modifyInstance(const OperationContext& context,
                                 const CIMObjectPath& instanceReference,
-                                const CIMInstance& instanceObject,
-                                const Boolean includeQualifiers,
+                                const CIMInstance& instanceObject, const Boolean includeQualifiers,
                                 const CIMPropertyList& propertyList, ResponseHandler& handler);
 
     virtual void createInstance(const OperationContext& context,
@@ -48,8 +44,7 @@ public:
                                 ObjectPathResponseHandler& handler);
 
     virtual void deleteInstance(const OperationContext& context,
-                                const CIMObjectPath& instanceReference,
-                                ResponseHandler& handler);
+                                const CIMObjectPath& instanceReference, ResponseHandler& handler);
 
     static CIMInstance buildInstance(CIMClass cls, const String& hostAddr,
                                      const String& systemName);

@@ -30,32 +30,22 @@ const String WRITE_HITS_SWITCH("IncludeWriteHitIOs");
 } // namespace
 
 const String ORV_BlockStatisticsManifestProvider::_schemaProps[12][2] = {
-    {"IncludeTotalIOs", "TotalIOs"},
-    {"IncludeKBytesTransferred", "KBytesTransferred"},
-    {"IncludeIOTimeCounter", "IOTimeCounter"},
-    {"IncludeReadIOs", "ReadIOs"},
-    {"IncludeReadHitIOs", "ReadHitIOs"},
-    {"IncludeReadIOTimeCounter", "ReadIOTimeCounter"},
-    {"IncludeKBytesRead", "KBytesRead"},
-    {"IncludeWriteIOs", "WriteIOs"},
-    {"IncludeWriteHitIOs", "WriteHitIOs"},
-    {"IncludeWriteIOTimeCounter", "WriteIOTimeCounter"},
-    {"IncludeKBytesWritten", "KBytesWritten"},
-    {"", ""},
+    {"IncludeTotalIOs", "TotalIOs"},           {"IncludeKBytesTransferred", "KBytesTransferred"},
+    {"IncludeIOTimeCounter", "IOTimeCounter"}, {"IncludeReadIOs", "ReadIOs"},
+    {"IncludeReadHitIOs", "ReadHitIOs"},       {"IncludeReadIOTimeCounter", "ReadIOTimeCounter"},
+    {"IncludeKBytesRead", "KBytesRead"},       {"IncludeWriteIOs", "WriteIOs"},
+    {"IncludeWriteHitIOs", "WriteHitIOs"},     {"IncludeWriteIOTimeCounter", "WriteIOTimeCounter"},
+    {"IncludeKBytesWritten", "KBytesWritten"}, {"", ""},
 };
 
-ORV_BlockStatisticsManifestProvider::ORV_BlockStatisticsManifestProvider()
-{
-}
+ORV_BlockStatisticsManifestProvider::ORV_BlockStatisticsManifestProvider() {}
 
 ORV_BlockStatisticsManifestProvider::ORV_BlockStatisticsManifestProvider(const CIMObjectPath&)
 {
     FRAME.refuse("constructor with object path");
 }
 
-ORV_BlockStatisticsManifestProvider::~ORV_BlockStatisticsManifestProvider()
-{
-}
+ORV_BlockStatisticsManifestProvider::~ORV_BlockStatisticsManifestProvider() {}
 
 void ORV_BlockStatisticsManifestProvider::initialize(CIMOMHandle& cimom)
 {

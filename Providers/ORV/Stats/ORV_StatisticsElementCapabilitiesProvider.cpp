@@ -21,21 +21,15 @@ const String CAPABILITIES_ROLE("Capabilities");
 
 PEGASUS_NAMESPACE_BEGIN
 
-ORV_StatisticsElementCapabilitiesProvider::
-    ORV_StatisticsElementCapabilitiesProvider()
-{
-}
+ORV_StatisticsElementCapabilitiesProvider::ORV_StatisticsElementCapabilitiesProvider() {}
 
-ORV_StatisticsElementCapabilitiesProvider::
-    ORV_StatisticsElementCapabilitiesProvider(const CIMObjectPath&)
+ORV_StatisticsElementCapabilitiesProvider::ORV_StatisticsElementCapabilitiesProvider(
+    const CIMObjectPath&)
 {
     throw CIMNotSupportedException(ClassName + " does not support constructor with object path.");
 }
 
-ORV_StatisticsElementCapabilitiesProvider::
-    ~ORV_StatisticsElementCapabilitiesProvider()
-{
-}
+ORV_StatisticsElementCapabilitiesProvider::~ORV_StatisticsElementCapabilitiesProvider() {}
 
 void ORV_StatisticsElementCapabilitiesProvider::initialize(CIMOMHandle& cimom)
 {
@@ -113,17 +107,21 @@ void ORV_StatisticsElementCapabilitiesProvider::references(
                         includeClassOrigin, propertyList, handler);
 }
 
-void ORV_StatisticsElementCapabilitiesProvider::referenceNames(
-    const OperationContext& context, const CIMObjectPath& objectName, const CIMName& resultClass,
-    const String& role, ObjectPathResponseHandler& handler)
+void ORV_StatisticsElementCapabilitiesProvider::referenceNames(const OperationContext& context,
+                                                               const CIMObjectPath& objectName,
+                                                               const CIMName& resultClass,
+                                                               const String& role,
+                                                               ObjectPathResponseHandler& handler)
 {
     _frame().referenceNames(context, objectName, resultClass, role, handler);
 }
 
-void ORV_StatisticsElementCapabilitiesProvider::getInstance(
-    const OperationContext& context, const CIMObjectPath& instanceReference,
-    const Boolean includeQualifiers, const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
+void ORV_StatisticsElementCapabilitiesProvider::getInstance(const OperationContext& context,
+                                                            const CIMObjectPath& instanceReference,
+                                                            const Boolean includeQualifiers,
+                                                            const Boolean includeClassOrigin,
+                                                            const CIMPropertyList& propertyList,
+                                                            InstanceResponseHandler& handler)
 {
     _frame().getInstance(context, instanceReference, includeQualifiers, includeClassOrigin,
                          propertyList, handler);
@@ -144,21 +142,26 @@ void ORV_StatisticsElementCapabilitiesProvider::enumerateInstanceNames(
     _frame().enumerateInstanceNames(context, handler);
 }
 
-void ORV_StatisticsElementCapabilitiesProvider::modifyInstance(
-    const OperationContext&, const CIMObjectPath&, const CIMInstance&, const Boolean,
-    const CIMPropertyList&, ResponseHandler&)
+void ORV_StatisticsElementCapabilitiesProvider::modifyInstance(const OperationContext&,
+                                                               const CIMObjectPath&,
+                                                               const CIMInstance&, const Boolean,
+                                                               const CIMPropertyList&,
+                                                               ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
 }
 
-void ORV_StatisticsElementCapabilitiesProvider::createInstance(
-    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
+void ORV_StatisticsElementCapabilitiesProvider::createInstance(const OperationContext&,
+                                                               const CIMObjectPath&,
+                                                               const CIMInstance&,
+                                                               ObjectPathResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support createInstance.");
 }
 
-void ORV_StatisticsElementCapabilitiesProvider::deleteInstance(
-    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
+void ORV_StatisticsElementCapabilitiesProvider::deleteInstance(const OperationContext&,
+                                                               const CIMObjectPath&,
+                                                               ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
 }
@@ -183,33 +186,34 @@ Array<CIMInstance> ORV_StatisticsElementCapabilitiesProvider::_getRelatedInstanc
 {
     ORV_AssociationFrame::logRelatedEntry(ClassName, objectName);
     Array<CIMInstance> result;
-    ORV_AssociationFrame::collect(
-        ClassName, "_getRelatedInstances", result,
-        [&]()
-        {
-            // Both ends are singletons: the whole other class is the answer.
-            CIMName otherClass;
-            if (objectName.getClassName().equal(_serviceClassName))
-            {
-                otherClass = _capabClassName;
-            }
-            else if (objectName.getClassName().equal(_capabClassName))
-            {
-                otherClass = _serviceClassName;
-            }
-            if (!otherClass.isNull())
-            {
-                result.appendArray(_cimom.enumerateInstances(
-                    context, ORV_Common::NAMESPACE, otherClass, false, false, includeQualifiers,
-                    includeClassOrigin, propertyList));
-            }
-        });
+    ORV_AssociationFrame::collect(ClassName, "_getRelatedInstances", result,
+                                  [&]()
+                                  {
+                                      // Both ends are singletons: the whole other class is the
+                                      // answer.
+                                      CIMName otherClass;
+                                      if (objectName.getClassName().equal(_serviceClassName))
+                                      {
+                                          otherClass = _capabClassName;
+                                      }
+                                      else if (objectName.getClassName().equal(_capabClassName))
+                                      {
+                                          otherClass = _serviceClassName;
+                                      }
+                                      if (!otherClass.isNull())
+                                      {
+                                          result.appendArray(_cimom.enumerateInstances(
+                                              context, ORV_Common::NAMESPACE, otherClass, false,
+                                              false, includeQualifiers, includeClassOrigin,
+                                              propertyList));
+                                      }
+                                  });
     return result;
 }
 
 Array<CIMObjectPath>
-ORV_StatisticsElementCapabilitiesProvider::_getRelatedInstanceNames(
-    const CIMObjectPath& objectName, const OperationContext& context)
+ORV_StatisticsElementCapabilitiesProvider::_getRelatedInstanceNames(const CIMObjectPath& objectName,
+                                                                    const OperationContext& context)
 {
     return _frame().relatedInstanceNames(objectName, context);
 }
@@ -225,11 +229,11 @@ Array<CIMInstance> ORV_StatisticsElementCapabilitiesProvider::_getInstances(
             // One pair, built from the two ends' own identifiers; nothing is
             // enumerated and the management API is not asked.
             const CIMObjectPath servicePath = ORV_BlockStatisticsServiceProvider::buildObjectPath(
-                _hostAddr, _systemName,
-                ORV_BlockStatisticsServiceProvider::makeName(_systemName));
+                _hostAddr, _systemName, ORV_BlockStatisticsServiceProvider::makeName(_systemName));
             const CIMObjectPath capabilitiesPath =
                 ORV_BlockStatisticsCapabilitiesProvider::buildObjectPath(
-                    _hostAddr, ORV_BlockStatisticsCapabilitiesProvider::makeInstanceID(_systemName));
+                    _hostAddr,
+                    ORV_BlockStatisticsCapabilitiesProvider::makeInstanceID(_systemName));
             result.append(_buildAssociationInstance(servicePath, capabilitiesPath,
                                                     includeQualifiers, includeClassOrigin,
                                                     propertyList));
@@ -242,9 +246,10 @@ Array<CIMObjectPath> ORV_StatisticsElementCapabilitiesProvider::_getInstanceName
     return _frame().instanceNames();
 }
 
-Boolean ORV_StatisticsElementCapabilitiesProvider::_invalidParms(
-    const CIMObjectPath& objectName, String role, String resultRole, CIMName resultClass,
-    String operation)
+Boolean ORV_StatisticsElementCapabilitiesProvider::_invalidParms(const CIMObjectPath& objectName,
+                                                                 String role, String resultRole,
+                                                                 CIMName resultClass,
+                                                                 String operation)
 {
     return _shape().invalidParms(objectName, role, resultRole, resultClass, operation);
 }

@@ -12,7 +12,7 @@ PEGASUS_NAMESPACE_BEGIN
 // Serves ORV_StatisticsElementCapabilities: ties the block statistics
 // service ("ManagedElement") to its capabilities ("Capabilities").
 class ORV_StatisticsElementCapabilitiesProvider : public CIMAssociationProvider,
-                                                                public CIMInstanceProvider
+                                                  public CIMInstanceProvider
 {
 public:
     ORV_StatisticsElementCapabilitiesProvider();

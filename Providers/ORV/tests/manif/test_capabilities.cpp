@@ -36,8 +36,8 @@ CIMObjectPath servicePath()
     keys.append(CIMKeyBinding(CIMName("SystemName"), system, CIMKeyBinding::STRING));
     keys.append(CIMKeyBinding(CIMName("CreationClassName"), "ORV_BlockStatisticsService",
                               CIMKeyBinding::STRING));
-    keys.append(CIMKeyBinding(CIMName("Name"), system + "-BlockStatisticsService",
-                              CIMKeyBinding::STRING));
+    keys.append(
+        CIMKeyBinding(CIMName("Name"), system + "-BlockStatisticsService", CIMKeyBinding::STRING));
     return CIMObjectPath(String(), NS, SERVICE, keys);
 }
 
@@ -57,8 +57,7 @@ protected:
     }
     Array<CIMObjectPath> referenceNames(const CIMObjectPath& object, const String& role)
     {
-        return om().referenceNames(contextFor(READER_USER), NS, object, ELEMENT_CAPABILITIES,
-                                   role);
+        return om().referenceNames(contextFor(READER_USER), NS, object, ELEMENT_CAPABILITIES, role);
     }
 };
 
@@ -68,7 +67,8 @@ TEST_F(CapabilitiesTest, OneInstanceDescribingTheService)
     ASSERT_EQ(1u, all.size());
     CIMInstance& c = all[0];
     EXPECT_EQ(str(capabilitiesID()), str(ORV_Common::getStringProperty(c, "InstanceID")));
-    EXPECT_EQ("Block Statistics Capabilities", str(ORV_Common::getStringProperty(c, "ElementName")));
+    EXPECT_EQ("Block Statistics Capabilities",
+              str(ORV_Common::getStringProperty(c, "ElementName")));
 
     Array<Uint16> types;
     ASSERT_EQ(0u, ORV_Common::getProperty(c, "ElementTypesSupported", types));
@@ -146,8 +146,8 @@ TEST_F(CapabilitiesTest, AssociationTiesTheServiceToItsCapabilities)
         }
     }
     EXPECT_TRUE(ORV_Common::matchObjectPath(servicePath(), service));
-    EXPECT_TRUE(ORV_Common::matchObjectPath(instancePath(CAPABILITIES, capabilitiesID()),
-                                            capabilities));
+    EXPECT_TRUE(
+        ORV_Common::matchObjectPath(instancePath(CAPABILITIES, capabilitiesID()), capabilities));
 
     // Both ends are served instances, and the association itself can be read
     // back by its name.

@@ -43,14 +43,13 @@ String manifestID(const char* name)
 
 // The record layouts a client parses: the hit counters only for volumes.
 const std::vector<std::string> VOLUME_SEQUENCE = {
-    "InstanceID",        "ElementType", "StatisticTime",      "TotalIOs",
-    "KBytesTransferred", "IOTimeCounter", "ReadIOs",          "ReadHitIOs",
-    "ReadIOTimeCounter", "KBytesRead",  "WriteIOs",           "WriteHitIOs",
-    "WriteIOTimeCounter", "KBytesWritten"};
+    "InstanceID",    "ElementType", "StatisticTime",      "TotalIOs",          "KBytesTransferred",
+    "IOTimeCounter", "ReadIOs",     "ReadHitIOs",         "ReadIOTimeCounter", "KBytesRead",
+    "WriteIOs",      "WriteHitIOs", "WriteIOTimeCounter", "KBytesWritten"};
 const std::vector<std::string> OTHER_SEQUENCE = {
-    "InstanceID",        "ElementType", "StatisticTime",      "TotalIOs",
-    "KBytesTransferred", "IOTimeCounter", "ReadIOs",          "ReadIOTimeCounter",
-    "KBytesRead",        "WriteIOs",    "WriteIOTimeCounter", "KBytesWritten"};
+    "InstanceID",         "ElementType",  "StatisticTime",     "TotalIOs",   "KBytesTransferred",
+    "IOTimeCounter",      "ReadIOs",      "ReadIOTimeCounter", "KBytesRead", "WriteIOs",
+    "WriteIOTimeCounter", "KBytesWritten"};
 
 TEST(ElementTypes, MappingOfEverySmisValue)
 {
@@ -77,8 +76,7 @@ TEST(ElementTypes, MappingOfEverySmisValue)
          "Back-end Port Manifest"},
         {8, "ORV_VolumeStatisticalData", "Volume-BlockStatisticsManifest", "Volume Manifest"},
         {9, "", "Extent-BlockStatisticsManifest", "Extent Manifest"},
-        {10, "ORV_DiskStatisticalData", "DiskDrive-BlockStatisticsManifest",
-         "Disk Drive Manifest"},
+        {10, "ORV_DiskStatisticalData", "DiskDrive-BlockStatisticsManifest", "Disk Drive Manifest"},
         {11, "ORV_LUNStatisticalData", "ArbitraryLUs-BlockStatisticsManifest",
          "Arbitrary LUs Manifest"},
         {12, "", "RemoteReplicaGroup-BlockStatisticsManifest", "Remote Replica Group Manifest"},
@@ -279,33 +277,38 @@ TEST_F(ManifestDirectTest, InitializeTracesAndRefusals)
 
     CIMInstanceProvider* p = dynamic_cast<CIMInstanceProvider*>(base);
     Sdk::CollectingInstanceResponseHandler h;
-    log = captureLog([&]() {
-        p->enumerateInstances(contextFor(READER_USER), classPath(MANIFEST), false, false,
-                              CIMPropertyList(), h);
-    });
+    log = captureLog(
+        [&]()
+        {
+            p->enumerateInstances(contextFor(READER_USER), classPath(MANIFEST), false, false,
+                                  CIMPropertyList(), h);
+        });
     EXPECT_EQ("processing,deliver[7],complete", h.callSequence());
     EXPECT_NE(std::string::npos,
               log.find("--> ORV_BlockStatisticsManifestProvider::_build_instances\n"));
 
     // Names are built without the class definition.
     Sdk::CollectingObjectPathResponseHandler names;
-    log = captureLog([&]() {
-        p->enumerateInstanceNames(contextFor(READER_USER), classPath(MANIFEST), names);
-    });
+    log = captureLog(
+        [&]() { p->enumerateInstanceNames(contextFor(READER_USER), classPath(MANIFEST), names); });
     EXPECT_EQ("processing,deliver[7],complete", names.callSequence());
     EXPECT_EQ(std::string::npos, log.find("_build_instances"));
 
     Sdk::CollectingResponseHandler plain;
-    CimOutcome o = runCatching([&]() {
-        p->modifyInstance(contextFor(READER_USER), names.getObjects()[0], CIMInstance(MANIFEST),
-                          false, CIMPropertyList(), plain);
-    });
+    CimOutcome o = runCatching(
+        [&]()
+        {
+            p->modifyInstance(contextFor(READER_USER), names.getObjects()[0], CIMInstance(MANIFEST),
+                              false, CIMPropertyList(), plain);
+        });
     EXPECT_EQ(CIM_ERR_NOT_SUPPORTED, o.code);
     EXPECT_EQ("ORV_BlockStatisticsManifestProvider does not support modifyInstance.", o.message);
-    o = runCatching([&]() {
-        p->enumerateInstances(contextFor(READER_USER), classPath(CIMName("ORV_Manifest")), false,
-                              false, CIMPropertyList(), h);
-    });
+    o = runCatching(
+        [&]()
+        {
+            p->enumerateInstances(contextFor(READER_USER), classPath(CIMName("ORV_Manifest")),
+                                  false, false, CIMPropertyList(), h);
+        });
     EXPECT_EQ("ORV_BlockStatisticsManifestProvider Invalid class nameORV_Manifest", o.message);
     base->terminate();
 }

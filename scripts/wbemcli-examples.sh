@@ -37,12 +37,25 @@ later()
     local rc=$?
     if [ $rc -eq 0 ] && ! grep -q 'CIM_ERR_' <<<"$out"; then
         printf '%s\n' "$out"
+    elif [ $rc -gt 128 ] && [[ " $* " == *" cm "* ]]; then
+        # This wbemcli dies on a null reference out-parameter (Job).
+        echo "(wbemcli stops on the null Job parameter; return value and records from its -dx trace:)"
+        records "$@"
     elif grep -q 'is not available\|CIM_ERR_NOT_SUPPORTED\|CIM_ERR_NOT_FOUND' <<<"$out"; then
         echo "(not served yet: $what will come with later providers of the statistics module)"
     else
         printf '%s\n' "$out"; echo "(failed with status $rc)"; STATUS=1
     fi
     echo
+}
+
+# records COMMAND...: the VALUEs of the last response in wbemcli's XML trace,
+# for answers wbemcli itself cannot print.
+records()
+{
+    local cmd=$1; shift
+    $cmd -dx "$@" 2>&1 | tr -d '\n' | sed 's#.*From server: <?xml##' |
+        grep -o '<VALUE>[^<]*</VALUE>' | sed -e 's#</\?VALUE>##g' -e 's#&\#10;$##' | head -12
 }
 
 # path CLASS: the local path ("root/orv:Class.keys") of the first instance.

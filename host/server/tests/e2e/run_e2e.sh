@@ -211,8 +211,8 @@ expect orv-ain-collection-members $W ain -ac ORV_MemberOfStatisticsCollection "$
 expect orv-ai-manifest-collection $W ai -ac ORV_AssociatedBlockStatisticsManifestCollection \
     "$R/$COLLECTION"
 expect orv-rin-collection $W rin "$R/$COLLECTION"
-# Unfiltered, this also reaches the volume-to-statistics association, whose
-# provider is not there yet: the collection must still answer.
+# Unfiltered, this reaches both the collection membership and the
+# volume-to-statistics association.
 expect orv-ain-volume-stats $W ain "$R/$VOLSTATS"
 
 # The module checks the authenticated name with the array, which refuses it.

@@ -629,7 +629,12 @@ std::string CimOperationProcessor::_dispatchExtrinsic(const CimRequest& request,
     cimxml::appendReturnValue(out, returned);
     for (Uint32 i = 0; i < outParams.size(); ++i)
     {
-        cimxml::appendParamValue(out, outParams[i]);
+        // A null output parameter is left out: clients read an absent one as
+        // null, and sblim-wbemcli crashes on a PARAMVALUE without a value.
+        if (!outParams[i].getValue().isNull())
+        {
+            cimxml::appendParamValue(out, outParams[i]);
+        }
     }
     return out;
 }

@@ -262,6 +262,92 @@ TEST_F(ElementStatisticsTest, EachEndLeadsToTheOtherAndToTheirPair)
     }
 }
 
+TEST_F(ElementStatisticsTest, StatisticsBuiltHereAreThoseOfTheStatisticsProviders)
+{
+    const std::string sys = simSystemName();
+    const struct
+    {
+        Association association;
+        CIMObjectPath element;
+        const char* statsClass;
+        const char* statsInstanceID;
+        const char* call;
+        const char* expectedCall; // the one query, as the statistics provider makes it
+    } cases[] = {
+        {DISK,
+         pathWith("ORV_DiskStorageExtent", {{"DeviceID", "5000C50000A00002"}, {"SystemName", sys}}),
+         "ORV_DiskStatisticalData", "QZ_KYRO:5000C50000A00002-Stats", "api_getDiskStats",
+         "api_getDiskStats(0xFFFFFFFE,0xFFFFFFFFFFFFFFF6,0xFFFFFFFF,0xFFFFFFFF,0xFFFFFFFF)"},
+        {PORT, pathWith("ORV_EthernetPort", {{"DeviceID", "P-ISCSI"}, {"SystemName", "1"}}),
+         "ORV_PortStatisticalData", "QZ_KYRO:P-ISCSI-Stats", "api_getPortStats",
+         "api_getPortStats(0,0xFFFFFFFF,0xFFFFFFFF,0xFFFFFFFF)"},
+        // One volume is asked for by its WWN, in one call without a chunk.
+        {VOLUME, volumePath(VOLUME_A), "ORV_VolumeStatisticalData",
+         "QZ_KYRO:60002AC0000000000000000000A0000A-Stats",
+         "api_getVolumeStats_chunk",
+         "api_getVolumeStats_chunk(0x60002AC000000000,0x0000000000A0000A,0,0)"},
+    };
+    // Counters move with the clock; both sides must read the same sample.
+    orvsim_set_time(1700000000);
+    for (const auto& c : cases)
+    {
+        const char* where = c.association.className;
+        const CIMInstance expected =
+            getInstance(READER_USER, instancePath(c.statsClass, c.statsInstanceID));
+        orvsim_reset_call_counts();
+        Array<CIMObject> built =
+            om().associators(contextFor(READER_USER), NS, c.element, c.association.className,
+                             CIMName(), String(), String(), false, false, CIMPropertyList());
+        ASSERT_EQ(1u, built.size()) << where;
+        EXPECT_EQ(1ul, orvsim_call_count(c.call)) << where;
+        char* last = orvsim_last_call(c.call);
+        EXPECT_EQ(c.expectedCall, std::string(last ? last : "")) << where;
+        free(last);
+
+        EXPECT_TRUE(built[0].getPath().identical(expected.getPath())) << where;
+        ASSERT_EQ(expected.getPropertyCount(), built[0].getPropertyCount()) << where;
+        for (Uint32 i = 0; i < expected.getPropertyCount(); i++)
+        {
+            const CIMConstProperty want = expected.getProperty(i);
+            const Uint32 at = built[0].findProperty(want.getName());
+            ASSERT_NE(PEG_NOT_FOUND, at) << where << " " << str(want.getName().getString());
+            EXPECT_EQ(str(want.getValue().toString()),
+                      str(built[0].getProperty(at).getValue().toString()))
+                << where << " " << str(want.getName().getString());
+        }
+
+        // The caller's property list reaches the statistics built here.
+        Array<CIMObject> filtered = om().associators(
+            contextFor(READER_USER), NS, c.element, c.association.className, CIMName(), String(),
+            String(), false, false, CIMPropertyList(Array<CIMName>(1, CIMName("ReadIOs"))));
+        ASSERT_EQ(1u, filtered.size()) << where;
+        EXPECT_EQ(1u, filtered[0].getPropertyCount()) << where;
+        EXPECT_NE(PEG_NOT_FOUND, filtered[0].findProperty("ReadIOs")) << where;
+    }
+    orvsim_set_time(0);
+}
+
+TEST_F(ElementStatisticsTest, EveryQueryIsMadeAloneUnderTheSemaphore)
+{
+    for (const Association& a : {ARRAY, NODE, DISK, PORT, VOLUME})
+    {
+        orvsim_reset_sem_counters();
+        Array<CIMObjectPath> names = enumerateInstanceNames(READER_USER, a.className);
+        enumerateInstances(READER_USER, a.className);
+        for (Uint32 i = 0; i < names.size(); i++)
+        {
+            associatorNames(keyRef(names[i], "ManagedElement"), a);
+            associatorNames(keyRef(names[i], "Stats"), a);
+            referenceNames(keyRef(names[i], "ManagedElement"), a);
+        }
+        EXPECT_EQ(0ul, orvsim_unbracketed_calls()) << a.className;
+        EXPECT_EQ(1, orvsim_sem_max_depth()) << a.className;
+        EXPECT_EQ(0, orvsim_sem_depth()) << a.className;
+        EXPECT_EQ(orvsim_sem_waits(), orvsim_sem_posts()) << a.className;
+        EXPECT_EQ(0ul, orvsim_sem_bad_posts()) << a.className;
+    }
+}
+
 TEST_F(ElementStatisticsTest, VolumeStatisticsFindTheirVolumeByWWN)
 {
     // A WWN written in lower case still names the volume, which is fetched

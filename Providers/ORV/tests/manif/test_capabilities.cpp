@@ -1,16 +1,23 @@
 // The capabilities instance and its association with the statistics
 // service, through the object manager with the simulated array.
 
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include <Pegasus/Common/CIMObject.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/CIMInstanceProvider.h>
+#include <Pegasus/Sdk/CollectingResponseHandlers.h>
 
 #include "ModuleFixture.h"
+#include "ORV_BlockStatisticsCapabilitiesProvider.h"
 #include "ORV_Common.h"
+#include "ORV_StatisticsElementCapabilitiesProvider.h"
+#include "orvsim.h"
 
 using namespace orvtest;
 
@@ -204,6 +211,205 @@ TEST_F(CapabilitiesTest, NavigationAndFilters)
                                                    false, false, CIMPropertyList());
     ASSERT_EQ(1u, fromService.size());
     EXPECT_TRUE(ORV_Common::matchObjectPath(names[0], fromService[0].getPath()));
+}
+
+} // namespace
+
+namespace
+{
+
+class CapabilitiesDirectTest : public ModuleFixture
+{
+};
+
+// Both providers are driven as the server drives them; every text a client or
+// an operator reads carries the provider's own name, which a copied provider
+// easily gets wrong.
+TEST_F(CapabilitiesDirectTest, LifecycleAndRefusalsNameTheirProvider)
+{
+    CIMOMHandle handle = om().handle();
+    const struct
+    {
+        const char* provider;
+        CIMName served;
+        const char* openFailed;
+        std::vector<const char*> initLines; // in this order
+        bool openLast;                      // the server's own open follows the identity lookups
+    } cases[] = {
+        {"ORV_BlockStatisticsCapabilitiesProvider",
+         CAPABILITIES,
+         "ORV_BlockStatisticsCapabilitiesProvider::initialize(): api_orvOpenForCimserver failed\n",
+         {"-->ORV_BlockStatisticsCapabilitiesProvider::initialize()\n"},
+         false},
+        {"ORV_StatisticsElementCapabilitiesProvider",
+         ELEMENT_CAPABILITIES,
+         "ORV_StatisticsElementCapabilitiesProvider::initialize(): api_orvOpenForCimserver "
+         "failed\n",
+         {"--> ORV_StatisticsElementCapabilitiesProvider::initialize(cimom)\n)",
+          "<-- ORV_StatisticsElementCapabilitiesProvider::initialize(cimom)\n)"},
+         true},
+    };
+    for (const auto& c : cases)
+    {
+        const std::string name = c.provider;
+        // The identity lookups open the API for the sibling module too, so
+        // only the provider's own open is made to fail.
+        orvsim_reset_call_counts();
+        CIMProvider* base = createProvider(c.provider);
+        ASSERT_NE(nullptr, base) << name;
+        base->initialize(handle);
+        const unsigned long opens = orvsim_call_count("api_orvOpenForCimserver");
+        ASSERT_LT(0u, opens);
+        ASSERT_EQ(0, orvsim_set_fault_times("api_orvOpenForCimserver", 5,
+                                            c.openLast ? (int)opens - 1 : 0, 1, 0));
+        const std::string log = captureLog([&]() { base->initialize(handle); });
+        orvsim_clear_faults();
+        EXPECT_NE(std::string::npos, log.find(c.openFailed)) << log;
+        size_t at = 0;
+        for (const char* line : c.initLines)
+        {
+            at = log.find(line, at);
+            EXPECT_NE(std::string::npos, at) << name << ": " << line;
+        }
+
+        CIMInstanceProvider* p = dynamic_cast<CIMInstanceProvider*>(base);
+        const OperationContext context = contextFor(READER_USER);
+        const CIMObjectPath path = classPath(c.served);
+        Sdk::CollectingResponseHandler plain;
+        Sdk::CollectingObjectPathResponseHandler paths;
+        const std::pair<std::function<void()>, std::string> refused[] = {
+            {[&]() {
+                 p->modifyInstance(context, path, CIMInstance(c.served), false, CIMPropertyList(),
+                                   plain);
+             },
+             name + " does not support modifyInstance."},
+            {[&]() { p->createInstance(context, path, CIMInstance(c.served), paths); },
+             name + " does not support createInstance."},
+            {[&]() { p->deleteInstance(context, path, plain); },
+             name + " does not support deleteInstance."},
+        };
+        for (const auto& r : refused)
+        {
+            CimOutcome o = runCatching(r.first);
+            EXPECT_EQ(CIM_ERR_NOT_SUPPORTED, o.code) << r.second;
+            EXPECT_EQ(r.second, o.message);
+        }
+        base->terminate();
+    }
+
+    CimOutcome o =
+        runCatching([]() { ORV_BlockStatisticsCapabilitiesProvider p{CIMObjectPath()}; });
+    EXPECT_EQ("ORV_BlockStatisticsCapabilitiesProvider does not support constructor with object "
+              "path.",
+              o.message);
+    o = runCatching([]() { ORV_StatisticsElementCapabilitiesProvider p{CIMObjectPath()}; });
+    EXPECT_EQ("ORV_StatisticsElementCapabilitiesProvider does not support constructor with "
+              "object path.",
+              o.message);
+}
+
+TEST_F(CapabilitiesDirectTest, AssociationLookupFailures)
+{
+    CIMOMHandle handle = om().handle();
+    CIMProvider* base = createProvider("ORV_StatisticsElementCapabilitiesProvider");
+    ASSERT_NE(nullptr, base);
+    base->initialize(handle);
+    CIMInstanceProvider* p = dynamic_cast<CIMInstanceProvider*>(base);
+
+    const CIMObjectPath capabilities = instancePath(CAPABILITIES, capabilitiesID());
+    Array<CIMKeyBinding> three;
+    three.append(CIMKeyBinding(CIMName("ManagedElement"), servicePath()));
+    three.append(CIMKeyBinding(CIMName("Capabilities"), capabilities));
+    three.append(CIMKeyBinding(CIMName("InstanceID"), capabilitiesID(), CIMKeyBinding::STRING));
+    // Two keys, but the service of another system.
+    Array<CIMKeyBinding> stranger;
+    CIMObjectPath otherService = servicePath();
+    Array<CIMKeyBinding> serviceKeys = otherService.getKeyBindings();
+    serviceKeys[1] = CIMKeyBinding(CIMName("SystemName"), "OTHER", CIMKeyBinding::STRING);
+    otherService.setKeyBindings(serviceKeys);
+    stranger.append(CIMKeyBinding(CIMName("ManagedElement"), otherService));
+    stranger.append(CIMKeyBinding(CIMName("Capabilities"), capabilities));
+
+    const std::string name = "ORV_StatisticsElementCapabilitiesProvider";
+    const struct
+    {
+        Array<CIMKeyBinding> keys;
+        CIMStatusCode code;
+        std::string text;
+        std::string logged;
+    } cases[] = {
+        {three, CIM_ERR_INVALID_PARAMETER, name + " Expect two keys.",
+         name + "::getInstance(): Invalid number of keys (3)\n"},
+        {stranger, CIM_ERR_NOT_FOUND, name + " CIM Object not found.", ""},
+    };
+    for (const auto& c : cases)
+    {
+        Sdk::CollectingInstanceResponseHandler h;
+        CimOutcome o;
+        const std::string log = captureLog(
+            [&]()
+            {
+                o = runCatching(
+                    [&]()
+                    {
+                        p->getInstance(contextFor(READER_USER),
+                                       CIMObjectPath(String(), NS, ELEMENT_CAPABILITIES, c.keys),
+                                       false, false, CIMPropertyList(), h);
+                    });
+            });
+        EXPECT_EQ(c.code, o.code) << c.text;
+        EXPECT_EQ(c.text, o.message);
+        EXPECT_NE(std::string::npos, log.find(c.logged)) << log;
+        EXPECT_EQ("", h.callSequence());
+    }
+    base->terminate();
+}
+
+// The qualifier and class-origin flags and the property list reach the
+// class definition each instance is built from.
+TEST_F(CapabilitiesDirectTest, RequestFlagsShapeTheBuiltInstances)
+{
+    CIMOMHandle handle = om().handle();
+    const struct
+    {
+        const char* provider;
+        CIMName served;
+        const char* keyProperty;
+        const char* otherProperty;
+    } cases[] = {
+        {"ORV_BlockStatisticsManifestProvider", CIMName("ORV_BlockStatisticsManifest"),
+         "InstanceID", "CSVSequence"},
+        {"ORV_BlockStatisticsCapabilitiesProvider", CAPABILITIES, "InstanceID",
+         "ElementTypesSupported"},
+        {"ORV_StatisticsElementCapabilitiesProvider", ELEMENT_CAPABILITIES, "Capabilities",
+         "ManagedElement"},
+    };
+    for (const auto& c : cases)
+    {
+        CIMProvider* base = createProvider(c.provider);
+        ASSERT_NE(nullptr, base) << c.provider;
+        base->initialize(handle);
+        CIMInstanceProvider* p = dynamic_cast<CIMInstanceProvider*>(base);
+        for (int flags = 0; flags < 4; flags++)
+        {
+            const Boolean qualifiers = (flags & 1) != 0;
+            const Boolean origins = (flags & 2) != 0;
+            Array<CIMName> only;
+            only.append(CIMName(c.keyProperty));
+            Sdk::CollectingInstanceResponseHandler h;
+            p->enumerateInstances(contextFor(READER_USER), classPath(c.served), qualifiers, origins,
+                                  CIMPropertyList(only), h);
+            ASSERT_LT(0u, h.getObjects().size()) << c.provider;
+            const CIMInstance inst = h.getObjects()[0];
+            EXPECT_EQ(PEG_NOT_FOUND, inst.findProperty(CIMName(c.otherProperty))) << c.provider;
+            const Uint32 at = inst.findProperty(CIMName(c.keyProperty));
+            ASSERT_NE(PEG_NOT_FOUND, at) << c.provider;
+            CIMConstProperty key = inst.getProperty(at);
+            EXPECT_EQ(qualifiers, key.getQualifierCount() > 0) << c.provider << " " << flags;
+            EXPECT_EQ(origins, !key.getClassOrigin().isNull()) << c.provider << " " << flags;
+        }
+        base->terminate();
+    }
 }
 
 } // namespace

@@ -282,8 +282,13 @@ void ORV_BlockStatisticsServiceProvider::invokeMethod(const OperationContext& co
         context, ORV_Common::NAMESPACE, manifestCollection, MEMBERSHIP_CLASS, MANIFEST_CLASS,
         String(), String(), false, false, CIMPropertyList());
 
+    // Any status but found means no format was given; the reader may have
+    // stored a value behind a null one, which does not count.
     Uint16 format = FORMAT_CSV;
-    ORV_Common::getParameter(inParameters, PARAM_STATISTICS_FORMAT, format);
+    if (ORV_Common::getParameter(inParameters, PARAM_STATISTICS_FORMAT, format) != 0)
+    {
+        format = FORMAT_CSV;
+    }
     if (format != FORMAT_CSV)
     {
         throw CIMInvalidParameterException(ClassName + " invalid value for parameter " +

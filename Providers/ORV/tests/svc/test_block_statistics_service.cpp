@@ -248,6 +248,12 @@ TEST_F(ServiceTest, StatisticsFormatOtherThanCsvIsRefusedAfterTheManifests)
         "ManifestCollection",
         CIMValue(instancePath("ORV_BlockStatisticsManifestCollection", "QZ_KYRO:nowhere"))));
     EXPECT_EQ(1u, invoke(in, contextFor(READER_USER)).size());
+
+    // A null format before another spelling of it reads as no format at all,
+    // as any unreadable parameter does, so CSV is served.
+    in[0] = CIMParamValue("StatisticsFormat", CIMValue(CIMTYPE_UINT16, false));
+    in.append(CIMParamValue("statisticsformat", CIMValue(Uint16(1))));
+    EXPECT_EQ(1u, invoke(in, contextFor(READER_USER)).size());
 }
 
 TEST_F(ServiceTest, RightsAreAskedWithAddressAndLowerCaseOperation)

@@ -10,6 +10,7 @@
 
 #include <Pegasus/Common/CIMObject.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/CIMAssociationProvider.h>
 #include <Pegasus/Provider/CIMInstanceProvider.h>
 #include <Pegasus/Sdk/CollectingResponseHandlers.h>
 
@@ -366,10 +367,21 @@ TEST_F(CapabilitiesDirectTest, AssociationLookupFailures)
 }
 
 // The qualifier and class-origin flags and the property list reach the
-// class definition each instance is built from.
+// class definition each instance is built from, and associators pass them on
+// to the other end's provider.
 TEST_F(CapabilitiesDirectTest, RequestFlagsShapeTheBuiltInstances)
 {
     CIMOMHandle handle = om().handle();
+    auto checkShape = [](const CIMInstance& inst, const char* kept, const char* dropped,
+                         Boolean qualifiers, Boolean origins, const std::string& what)
+    {
+        EXPECT_EQ(PEG_NOT_FOUND, inst.findProperty(CIMName(dropped))) << what;
+        const Uint32 at = inst.findProperty(CIMName(kept));
+        ASSERT_NE(PEG_NOT_FOUND, at) << what;
+        CIMConstProperty key = inst.getProperty(at);
+        EXPECT_EQ(qualifiers, key.getQualifierCount() > 0) << what;
+        EXPECT_EQ(origins, !key.getClassOrigin().isNull()) << what;
+    };
     const struct
     {
         const char* provider;
@@ -384,30 +396,39 @@ TEST_F(CapabilitiesDirectTest, RequestFlagsShapeTheBuiltInstances)
         {"ORV_StatisticsElementCapabilitiesProvider", ELEMENT_CAPABILITIES, "Capabilities",
          "ManagedElement"},
     };
-    for (const auto& c : cases)
+    for (int flags = 0; flags < 4; flags++)
     {
-        CIMProvider* base = createProvider(c.provider);
-        ASSERT_NE(nullptr, base) << c.provider;
-        base->initialize(handle);
-        CIMInstanceProvider* p = dynamic_cast<CIMInstanceProvider*>(base);
-        for (int flags = 0; flags < 4; flags++)
+        const Boolean qualifiers = (flags & 1) != 0;
+        const Boolean origins = (flags & 2) != 0;
+        for (const auto& c : cases)
         {
-            const Boolean qualifiers = (flags & 1) != 0;
-            const Boolean origins = (flags & 2) != 0;
+            const std::string what = std::string(c.provider) + " " + std::to_string(flags);
+            CIMProvider* base = createProvider(c.provider);
+            ASSERT_NE(nullptr, base) << what;
+            base->initialize(handle);
             Array<CIMName> only;
             only.append(CIMName(c.keyProperty));
             Sdk::CollectingInstanceResponseHandler h;
-            p->enumerateInstances(contextFor(READER_USER), classPath(c.served), qualifiers, origins,
-                                  CIMPropertyList(only), h);
-            ASSERT_LT(0u, h.getObjects().size()) << c.provider;
-            const CIMInstance inst = h.getObjects()[0];
-            EXPECT_EQ(PEG_NOT_FOUND, inst.findProperty(CIMName(c.otherProperty))) << c.provider;
-            const Uint32 at = inst.findProperty(CIMName(c.keyProperty));
-            ASSERT_NE(PEG_NOT_FOUND, at) << c.provider;
-            CIMConstProperty key = inst.getProperty(at);
-            EXPECT_EQ(qualifiers, key.getQualifierCount() > 0) << c.provider << " " << flags;
-            EXPECT_EQ(origins, !key.getClassOrigin().isNull()) << c.provider << " " << flags;
+            dynamic_cast<CIMInstanceProvider*>(base)->enumerateInstances(
+                contextFor(READER_USER), classPath(c.served), qualifiers, origins,
+                CIMPropertyList(only), h);
+            ASSERT_LT(0u, h.getObjects().size()) << what;
+            checkShape(h.getObjects()[0], c.keyProperty, c.otherProperty, qualifiers, origins,
+                       what);
+            base->terminate();
         }
+
+        CIMProvider* base = createProvider("ORV_StatisticsElementCapabilitiesProvider");
+        base->initialize(handle);
+        Array<CIMName> only;
+        only.append(CIMName("InstanceID"));
+        Sdk::CollectingObjectResponseHandler h;
+        dynamic_cast<CIMAssociationProvider*>(base)->associators(
+            contextFor(READER_USER), servicePath(), ELEMENT_CAPABILITIES, CIMName(), String(),
+            String(), qualifiers, origins, CIMPropertyList(only), h);
+        ASSERT_EQ(1u, h.getObjects().size()) << flags;
+        checkShape(CIMInstance(h.getObjects()[0]), "InstanceID", "ElementTypesSupported",
+                   qualifiers, origins, "associators " + std::to_string(flags));
         base->terminate();
     }
 }

@@ -32,7 +32,7 @@ const std::shared_ptr<CIMObjectRep>& classRep(const std::shared_ptr<CIMObjectRep
 void keyNamesOf(const CIMObjectRep& rep, Array<CIMName>& keyNames)
 {
     keyNames.clear();
-    for (const CIMProperty& p : rep.properties.items)
+    for (const CIMProperty& p : rep.properties.view())
     {
         if (hasTrueQualifier(SdkRepAccess::rep(p)->qualifiers, "Key"))
         {
@@ -43,7 +43,7 @@ void keyNamesOf(const CIMObjectRep& rep, Array<CIMName>& keyNames)
 
 bool hasKeysOf(const CIMObjectRep& rep)
 {
-    for (const CIMProperty& p : rep.properties.items)
+    for (const CIMProperty& p : rep.properties.view())
     {
         if (hasTrueQualifier(SdkRepAccess::rep(p)->qualifiers, "Key"))
         {
@@ -242,24 +242,32 @@ CIMInstance CIMClass::buildInstance(Boolean includeQualifiers, Boolean includeCl
     CIMObjectRep& target = *SdkRepAccess::rep(instance);
     if (includeQualifiers)
     {
-        target.qualifiers = rep.qualifiers.deepCopy();
+        target.qualifiers = rep.qualifiers;
     }
-    for (const CIMProperty& p : rep.properties.items)
+    if (propertyList.isNull() && includeQualifiers && includeClassOrigin)
+    {
+        // Nothing to leave out: the instance starts from the class's own
+        // properties, copied only when one of them is reached.
+        target.properties = rep.properties;
+        return instance;
+    }
+    for (const CIMProperty& p : rep.properties.view())
     {
         if (!propertyList.isNull() && !propertyList.contains(p.getName()))
         {
             continue;
         }
         CIMProperty copy = p.clone();
+        CIMPropertyRep& copyRep = *SdkRepAccess::rep(copy);
         if (!includeQualifiers)
         {
-            SdkRepAccess::rep(copy)->qualifiers.items.clear();
+            copyRep.qualifiers.clear();
         }
         if (!includeClassOrigin)
         {
-            copy.setClassOrigin(CIMName());
+            copyRep.classOrigin = CIMName();
         }
-        target.properties.items.push_back(copy);
+        target.properties.adopt(std::move(copy));
     }
     return instance;
 }

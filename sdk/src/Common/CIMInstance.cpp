@@ -36,14 +36,15 @@ CIMObjectPath buildInstancePath(const CIMObjectRep& instance, const CIMConstClas
     Array<CIMName> keyNames;
     cimClass.getKeyNames(keyNames);
     Array<CIMKeyBinding> keyBindings;
+    const auto properties = instance.properties.view();
     for (Uint32 i = 0; i < keyNames.size(); i++)
     {
         Uint32 pos = instance.properties.find(keyNames[i]);
-        if (pos == PEG_NOT_FOUND)
+        if (pos == PEG_NOT_FOUND || pos >= properties.size())
         {
             throw NoSuchProperty(keyNames[i].getString());
         }
-        const CIMProperty& p = instance.properties.get(pos);
+        const CIMProperty& p = properties[pos];
         keyBindings.append(CIMKeyBinding(p.getName(), p.getValue()));
     }
     return CIMObjectPath(String(), CIMNamespaceName(), instance.className, keyBindings);
@@ -179,26 +180,31 @@ void CIMInstance::filter(Boolean includeQualifiers, Boolean includeClassOrigin,
     CIMObjectRep& rep = needRep(_rep);
     if (!includeQualifiers)
     {
-        rep.qualifiers.items.clear();
+        rep.qualifiers.clear();
     }
-    std::vector<CIMProperty> kept;
-    for (CIMProperty& p : rep.properties.items)
+    if (propertyList.isNull() && includeQualifiers && includeClassOrigin)
     {
+        return;
+    }
+    // The kept properties are changed in place, as handles to them may be held.
+    for (Uint32 i = rep.properties.count(); i-- > 0;)
+    {
+        const CIMProperty& p = rep.properties.get(i);
         if (!propertyList.isNull() && !propertyList.contains(p.getName()))
         {
+            rep.properties.remove(i);
             continue;
         }
+        CIMPropertyRep& pRep = *SdkRepAccess::rep(p);
         if (!includeQualifiers)
         {
-            SdkRepAccess::rep(p)->qualifiers.items.clear();
+            pRep.qualifiers.clear();
         }
         if (!includeClassOrigin)
         {
-            p.setClassOrigin(CIMName());
+            pRep.classOrigin = CIMName();
         }
-        kept.push_back(p);
     }
-    rep.properties.items.swap(kept);
 }
 
 void CIMInstance::instanceFilter(Boolean includeQualifiers, Boolean includeClassOrigin,

@@ -38,9 +38,10 @@ String qualifierText(const NamedList<CIMQualifier>& qualifiers, const char* inde
     }
     String text(indent);
     text.append("[");
-    for (Uint32 i = 0; i < qualifiers.count(); i++)
+    const auto items = qualifiers.view();
+    for (Uint32 i = 0; i < items.size(); i++)
     {
-        const CIMQualifier& q = qualifiers.get(i);
+        const CIMQualifier& q = items[i];
         if (i)
         {
             text.append(", ");
@@ -78,7 +79,7 @@ String CIMObjectRep::toMof() const
         text.append(className.getString());
     }
     text.append("\n{\n");
-    for (const CIMProperty& p : properties.items)
+    for (const CIMProperty& p : properties.view())
     {
         text.append(qualifierText(SdkRepAccess::rep(p)->qualifiers, "    "));
         text.append("    ");
@@ -99,7 +100,7 @@ String CIMObjectRep::toMof() const
         }
         text.append(";\n");
     }
-    for (const CIMMethod& m : methods.items)
+    for (const CIMMethod& m : methods.view())
     {
         text.append("    ");
         text.append(cimTypeToString(m.getType()));

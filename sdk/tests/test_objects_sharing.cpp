@@ -12,6 +12,7 @@
 
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Sdk/Ownership.h>
 
 PEGASUS_USING_PEGASUS;
 
@@ -204,4 +205,64 @@ TEST(ObjectsSharing, OneClassReadFromManyThreads)
     {
         EXPECT_EQ(expected, s);
     }
+}
+
+TEST(ObjectsSharing, ExclusiveInstanceCopiesWhateverSomeoneElseHolds)
+{
+    const struct
+    {
+        const char* what;
+        bool touched; // a property reached before, so the class no longer shares them
+        std::function<void(const CIMInstance&, std::vector<CIMInstance>&,
+                           std::vector<CIMProperty>&)>
+            hold;
+    } holders[] = {
+        {"another handle", true,
+         [](const CIMInstance& i, std::vector<CIMInstance>& held, std::vector<CIMProperty>&) {
+             held.push_back(i);
+         }},
+        {"a property handle", true,
+         [](const CIMInstance& i, std::vector<CIMInstance>&, std::vector<CIMProperty>& props) {
+             props.push_back(CIMInstance(i).getProperty(1));
+         }},
+        {"the class it was built from", false,
+         [](const CIMInstance&, std::vector<CIMInstance>&, std::vector<CIMProperty>&) {}},
+    };
+    for (const auto& h : holders)
+    {
+        SCOPED_TRACE(h.what);
+        CIMClass cls = makeClass();
+        const std::string classBefore = dump(cls);
+        CIMInstance inst = cls.buildInstance(true, true, CIMPropertyList());
+        if (h.touched)
+        {
+            inst.getProperty(0).setValue(CIMValue(Uint64(3)));
+        }
+        std::vector<CIMInstance> held;
+        std::vector<CIMProperty> props;
+        h.hold(inst, held, props);
+        const std::string before = dump(inst);
+
+        CIMInstance mine = Sdk::exclusiveInstance(inst);
+        mine.filter(false, false, CIMPropertyList());
+        mine.removeProperty(0);
+
+        EXPECT_EQ(classBefore, dump(cls));
+        if (!held.empty() || !props.empty())
+        {
+            EXPECT_EQ(before, dump(inst));
+        }
+        for (const CIMProperty& p : props)
+        {
+            EXPECT_EQ(CIMName("Test_Stats"), p.getClassOrigin());
+        }
+    }
+
+    // Nobody else holding it: no copy is made.
+    CIMClass cls = makeClass();
+    CIMInstance alone = cls.buildInstance(true, true, CIMPropertyList());
+    alone.getProperty(0).setValue(CIMValue(Uint64(3)));
+    CIMInstance same = Sdk::exclusiveInstance(alone);
+    same.removeProperty(0);
+    EXPECT_EQ(1u, alone.getPropertyCount());
 }

@@ -1,5 +1,7 @@
 #include "ResultFilter.h"
 
+#include <Pegasus/Sdk/Ownership.h>
+
 #include "Text.h"
 
 PEGASUS_USING_PEGASUS;
@@ -22,47 +24,25 @@ bool inPropertyList(const CIMPropertyList& list, const CIMName& name)
     return false;
 }
 
-void removeQualifiers(CIMProperty& property)
-{
-    while (property.getQualifierCount() > 0)
-    {
-        property.removeQualifier(property.getQualifierCount() - 1);
-    }
-}
-
 } // namespace
 
 CIMInstance filterInstance(const CIMInstance& instance, const InstanceFilter& filter)
 {
-    CIMInstance result = instance.clone();
+    CIMInstance result = Sdk::exclusiveInstance(instance);
     for (Uint32 i = result.getPropertyCount(); i-- > 0;)
     {
-        CIMProperty property = result.getProperty(i);
-        const CIMName name = property.getName();
+        const CIMConstProperty property = result.getProperty(i);
+        const CIMName& name = property.getName();
         bool keep = (!filter.classProperties ||
                      filter.classProperties->count(lower(name.getString())) > 0) &&
                     (filter.propertyList.isNull() || inPropertyList(filter.propertyList, name));
         if (!keep)
         {
             result.removeProperty(i);
-            continue;
-        }
-        if (!filter.includeQualifiers)
-        {
-            removeQualifiers(property);
-        }
-        if (!filter.includeClassOrigin)
-        {
-            property.setClassOrigin(CIMName());
         }
     }
-    if (!filter.includeQualifiers)
-    {
-        while (result.getQualifierCount() > 0)
-        {
-            result.removeQualifier(result.getQualifierCount() - 1);
-        }
-    }
+    // What is left is narrowed by the request's flags alone.
+    result.filter(filter.includeQualifiers, filter.includeClassOrigin, CIMPropertyList());
     return result;
 }
 

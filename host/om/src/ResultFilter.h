@@ -30,7 +30,11 @@ struct InstanceFilter
     bool includeClassOrigin = false;
 };
 
-/** A filtered deep copy; the provider's object is left alone. */
+/**
+    The instance as the request lets it through. The provider's object is
+    left alone: it is copied unless `instance`, which the caller then drops,
+    is the only handle left on it.
+*/
 Pegasus::CIMInstance filterInstance(const Pegasus::CIMInstance& instance,
                                     const InstanceFilter& filter);
 

@@ -233,6 +233,30 @@ public:
         return Uint32(view().size());
     }
 
+    // True when nothing but this list refers to its vector or to any element:
+    // the elements can then change without the change being seen elsewhere.
+    bool soleOwner() const
+    {
+        std::shared_ptr<Items> items = _snapshot();
+        if (!items)
+        {
+            return true;
+        }
+        // The snapshot itself is one more holder of the vector.
+        if (items.use_count() > 2)
+        {
+            return false;
+        }
+        for (const T& x : *items)
+        {
+            if (SdkRepAccess::rep(x).use_count() > 1)
+            {
+                return false;
+            }
+        }
+        return true;
+    }
+
     NamedList deepCopy() const
     {
         return NamedList(*this);

@@ -131,8 +131,6 @@ struct HttpServerCallbacks
             state->request.method = method;
             state->request.url = url;
             state->request.peer = _peerAddress(conn);
-            const MHD_ConnectionInfo* info = MHD_get_connection_info(conn, MHD_CONNECTION_INFO_DAEMON);
-            state->request.secure = info != nullptr && info->daemon == server->_https;
             MHD_get_connection_values(conn, MHD_HEADER_KIND, _collectHeader,
                                       &state->request.headers);
             *conCls = state;

@@ -29,7 +29,6 @@ struct HttpRequest
     std::string body;
     std::string user; ///< authenticated user name
     std::string peer; ///< peer's IP address
-    bool secure = false;
 };
 
 /// What the access log records of the CIM side of a request.

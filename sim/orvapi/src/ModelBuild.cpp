@@ -1400,7 +1400,15 @@ std::shared_ptr<const Model> buildModel(const std::string& jsonText)
     }
     if (root.contains("busyWindowSec"))
     {
-        m->busyWindowSec = static_cast<uint32_t>(asU64Max(root["busyWindowSec"], "busyWindowSec", 1800));
+        // now - begin spans up to two windows and callers take its low 32
+        // bits as a signed microsecond count, so two windows must fit there.
+        constexpr uint64_t kMaxBusyWindowSec = INT32_MAX / 1000000 / 2;
+        m->busyWindowSec =
+            static_cast<uint32_t>(asU64Max(root["busyWindowSec"], "busyWindowSec", kMaxBusyWindowSec));
+        if (m->busyWindowSec == 0)
+        {
+            fail("busyWindowSec", "must be positive");
+        }
     }
     if (root.contains("periodSec"))
     {

@@ -175,6 +175,35 @@ TEST_F(SimTest, CountersGrowAcrossSamplesAndWindows)
     }
 }
 
+// Whatever busy window a model may choose, the low 32 bits of now - begin
+// stay a positive signed count; a window that cannot keep that is refused.
+TEST_F(SimTest, EveryAcceptedBusyWindowKeepsThe32BitIntervalPositive)
+{
+    int accepted = 0;
+    for (const int window : {0, 1, 300, 1073, 1074, 1800, 3600})
+    {
+        const std::string json = "{\"busyWindowSec\": " + std::to_string(window) +
+                                 ", \"volumes\": {\"count\": 1}, \"vluns\": {\"count\": 0}}";
+        if (orvsim_load_model_json(json.c_str()) != 0)
+        {
+            EXPECT_NE(std::string::npos, std::string(orvsim_last_error()).find("busyWindowSec"));
+            continue;
+        }
+        ++accepted;
+        for (int64_t t = kBoot + 100000; t < kBoot + 100000 + 3 * 3600; t += 97)
+        {
+            orvsim_set_time(t);
+            api_VolumesStats_t out{};
+            ASSERT_EQ(0, api_getVolumeStats_chunk(&out, API_WWN_ALL_VOLUMES, 0, nullptr, 0));
+            const api_stats_t s = out.stats[0].stats;
+            std::free(out.stats);
+            ASSERT_GT(static_cast<int32_t>(static_cast<uint32_t>(s.now) - static_cast<uint32_t>(s.begin)), 0)
+                << "window " << window << " at " << t;
+        }
+    }
+    EXPECT_GE(accepted, 3) << "the usual windows load";
+}
+
 TEST_F(SimTest, SteadyWorkloadGivesItsConfiguredRates)
 {
     load(R"({"volumes": {"items": [{"workload": {"iops": 1000, "readPct": 60, "readBlock": 4096,

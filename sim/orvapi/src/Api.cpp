@@ -388,6 +388,11 @@ int32_t api_getPortStats(api_port_type_e portType, uint32_t node, uint32_t slot,
         {
             continue;
         }
+        const bool anyPosition = node == API_SEL_ANY && slot == API_SEL_ANY && port == API_SEL_ANY;
+        if (p.rec.portID == API_PORTID_NONE && !anyPosition)
+        {
+            continue; // not at any position, so no position selects it
+        }
         int n, s, pp;
         splitPortID(p.rec.portID, n, s, pp);
         if ((node != API_SEL_ANY && static_cast<uint32_t>(n) != node) ||

@@ -298,6 +298,27 @@ TEST_F(SimTest, DiskAndPortSelectors)
     }
 }
 
+TEST_F(SimTest, UnboundPortsAnswerOnlyTheAnyPositionQuery)
+{
+    load(R"({"ports": {"items": [{"node": 1, "slot": 2, "port": 3}, {"portID": "0xFFFC"}]}})");
+    struct
+    {
+        uint32_t node, slot, port;
+        uint32_t expected;
+    } cases[] = {{API_SEL_ANY, API_SEL_ANY, API_SEL_ANY, 2},
+                 {1, 2, 3, 1},
+                 {253, API_SEL_ANY, API_SEL_ANY, 0},
+                 {253, static_cast<uint32_t>(-7), static_cast<uint32_t>(-8), 0},
+                 {API_SEL_ANY, API_SEL_ANY, static_cast<uint32_t>(-8), 0}};
+    for (const auto& c : cases)
+    {
+        api_PortsStats_t out{};
+        ASSERT_EQ(0, api_getPortStats(API_PORT_TYPE_ALL, c.node, c.slot, c.port, &out));
+        Freed<api_PortStats_t> f{out.stats};
+        EXPECT_EQ(c.expected, out.count) << c.node << "/" << c.slot << "/" << c.port;
+    }
+}
+
 TEST_F(SimTest, NodesAndTheirCpuRecords)
 {
     api_NodeList_t nodes{};

@@ -282,6 +282,14 @@ CIMInstance ORV_Common::buildInstanceSkeleton(CIMClass& cimClass)
     return instance;
 }
 
+CIMObjectPath ORV_Common::buildInstanceIDPath(const String& host, const CIMName& className,
+                                              const String& instanceID)
+{
+    Array<CIMKeyBinding> keys;
+    keys.append(CIMKeyBinding(CIMName("InstanceID"), instanceID, CIMKeyBinding::STRING));
+    return CIMObjectPath(host, NAMESPACE, className, keys);
+}
+
 Boolean ORV_Common::matchObjectPath(const CIMObjectPath& path1, const CIMObjectPath& path2)
 {
     CIMObjectPath p1(String(), path1.getNameSpace(), path1.getClassName(),

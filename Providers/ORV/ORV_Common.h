@@ -46,6 +46,11 @@ public:
     // and of their reference keys (one level deep) are ignored.
     static Boolean matchObjectPath(const CIMObjectPath& path1, const CIMObjectPath& path2);
 
+    // The path of one of this module's instances, keyed by InstanceID alone,
+    // in "root/orv" on the given host.
+    static CIMObjectPath buildInstanceIDPath(const String& host, const CIMName& className,
+                                             const String& instanceID);
+
     // The caller's user name; a context without an identity throws.
     static String getUserName(const OperationContext& context);
 

@@ -22,7 +22,6 @@ typedef ORV_VolumeStatisticalDataProvider Family;
 const CIMName SERVED_CLASS("ORV_ArrayStatisticalData");
 // The shared request flow, under this provider's name and source file.
 const ORV_InstanceFrame FRAME(ClassName, SERVED_CLASS, __FILE__, __LINE__);
-const CIMName INSTANCE_ID("InstanceID");
 const String ID_SUFFIX("-Stats");
 const Uint16 ELEMENT_TYPE_SYSTEM = 2;
 const int LOG_TRACE = 4;
@@ -121,9 +120,7 @@ String ORV_ArrayStatisticalDataProvider::makeInstanceID(const String& systemName
 CIMObjectPath ORV_ArrayStatisticalDataProvider::buildObjectPath(const String& hostAddr,
                                                                 const String& instanceID)
 {
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding(INSTANCE_ID, instanceID, CIMKeyBinding::STRING));
-    return CIMObjectPath(hostAddr, ORV_Common::NAMESPACE, SERVED_CLASS, keys);
+    return ORV_Common::buildInstanceIDPath(hostAddr, SERVED_CLASS, instanceID);
 }
 
 CIMInstance ORV_ArrayStatisticalDataProvider::buildInstance(CIMClass cls,

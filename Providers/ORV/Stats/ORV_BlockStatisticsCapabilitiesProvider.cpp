@@ -113,9 +113,7 @@ String ORV_BlockStatisticsCapabilitiesProvider::makeInstanceID(const String& sys
 CIMObjectPath ORV_BlockStatisticsCapabilitiesProvider::buildObjectPath(const String& hostAddr,
                                                                        const String& instanceID)
 {
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding(CIMName("InstanceID"), instanceID, CIMKeyBinding::STRING));
-    return CIMObjectPath(hostAddr, ORV_Common::NAMESPACE, SERVED_CLASS, keys);
+    return ORV_Common::buildInstanceIDPath(hostAddr, SERVED_CLASS, instanceID);
 }
 
 CIMInstance ORV_BlockStatisticsCapabilitiesProvider::buildInstance(CIMClass cls,

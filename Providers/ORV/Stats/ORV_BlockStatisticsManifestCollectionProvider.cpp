@@ -109,9 +109,7 @@ CIMObjectPath
 ORV_BlockStatisticsManifestCollectionProvider::buildObjectPath(const String& host,
                                                                const String& instanceID)
 {
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding(CIMName("InstanceID"), instanceID, CIMKeyBinding::STRING));
-    return CIMObjectPath(host, ORV_Common::NAMESPACE, SERVED_CLASS, keys);
+    return ORV_Common::buildInstanceIDPath(host, SERVED_CLASS, instanceID);
 }
 
 CIMInstance ORV_BlockStatisticsManifestCollectionProvider::buildInstance(CIMClass cimClass,

@@ -231,9 +231,7 @@ String ORV_BlockStatisticsManifestProvider::makeInstanceID(const Uint16& element
 CIMObjectPath ORV_BlockStatisticsManifestProvider::buildObjectPath(const String& hostAddr,
                                                                    const String& instanceID)
 {
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding(CIMName("InstanceID"), instanceID, CIMKeyBinding::STRING));
-    return CIMObjectPath(hostAddr, ORV_Common::NAMESPACE, SERVED_CLASS, keys);
+    return ORV_Common::buildInstanceIDPath(hostAddr, SERVED_CLASS, instanceID);
 }
 
 CIMInstance ORV_BlockStatisticsManifestProvider::buildInstance(CIMClass cls,

@@ -21,7 +21,6 @@ typedef ORV_VolumeStatisticalDataProvider Family;
 const CIMName SERVED_CLASS("ORV_DiskStatisticalData");
 // The shared request flow, under this provider's name and source file.
 const ORV_InstanceFrame FRAME(ClassName, SERVED_CLASS, __FILE__, __LINE__);
-const CIMName INSTANCE_ID("InstanceID");
 const String ID_SUFFIX("-Stats");
 const Uint16 ELEMENT_TYPE_DISK = 10;
 const int LOG_TRACE = 4;
@@ -130,9 +129,7 @@ String ORV_DiskStatisticalDataProvider::makeInstanceID(const api_DiskStats_t& st
 CIMObjectPath ORV_DiskStatisticalDataProvider::buildObjectPath(const String& hostAddr,
                                                                const String& instanceID)
 {
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding(INSTANCE_ID, instanceID, CIMKeyBinding::STRING));
-    return CIMObjectPath(hostAddr, ORV_Common::NAMESPACE, SERVED_CLASS, keys);
+    return ORV_Common::buildInstanceIDPath(hostAddr, SERVED_CLASS, instanceID);
 }
 
 CIMInstance ORV_DiskStatisticalDataProvider::buildInstance(CIMClass cimClass,

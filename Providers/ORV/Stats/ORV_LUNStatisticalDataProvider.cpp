@@ -24,7 +24,6 @@ typedef ORV_VolumeStatisticalDataProvider Family;
 const CIMName SERVED_CLASS("ORV_LUNStatisticalData");
 // The shared request flow, under this provider's name and source file.
 const ORV_InstanceFrame FRAME(ClassName, SERVED_CLASS, __FILE__, __LINE__);
-const CIMName INSTANCE_ID("InstanceID");
 const char* const ID_PREFIX = "QZ_KYRO";
 const Uint16 ELEMENT_TYPE_LOGICAL_UNITS = 11;
 const int LOG_ERROR = 2;
@@ -233,9 +232,7 @@ Sint32 ORV_LUNStatisticalDataProvider::parseID(const String& instanceID, Sint32*
 CIMObjectPath ORV_LUNStatisticalDataProvider::buildObjectPath(const String& hostAddr,
                                                               const String& instanceID)
 {
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding(INSTANCE_ID, instanceID, CIMKeyBinding::STRING));
-    return CIMObjectPath(hostAddr, ORV_Common::NAMESPACE, SERVED_CLASS, keys);
+    return ORV_Common::buildInstanceIDPath(hostAddr, SERVED_CLASS, instanceID);
 }
 
 CIMInstance ORV_LUNStatisticalDataProvider::buildInstance(CIMClass cimClass,

@@ -21,7 +21,6 @@ typedef ORV_VolumeStatisticalDataProvider Family;
 const CIMName SERVED_CLASS("ORV_PortStatisticalData");
 // The shared request flow, under this provider's name and source file.
 const ORV_InstanceFrame FRAME(ClassName, SERVED_CLASS, __FILE__, __LINE__);
-const CIMName INSTANCE_ID("InstanceID");
 const String ID_SUFFIX("-Stats");
 // Front-end (target) ports and every other kind of port.
 const Uint16 ELEMENT_TYPE_FRONT_END_PORT = 6;
@@ -130,9 +129,7 @@ String ORV_PortStatisticalDataProvider::makeInstanceID(const api_PortStats_t& st
 CIMObjectPath ORV_PortStatisticalDataProvider::buildObjectPath(const String& hostAddr,
                                                                const String& instanceID)
 {
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding(INSTANCE_ID, instanceID, CIMKeyBinding::STRING));
-    return CIMObjectPath(hostAddr, ORV_Common::NAMESPACE, SERVED_CLASS, keys);
+    return ORV_Common::buildInstanceIDPath(hostAddr, SERVED_CLASS, instanceID);
 }
 
 CIMInstance ORV_PortStatisticalDataProvider::buildInstance(CIMClass cimClass,

@@ -111,9 +111,7 @@ String ORV_StatisticsCollectionProvider::makeInstanceID(const String& systemName
 CIMObjectPath ORV_StatisticsCollectionProvider::buildObjectPath(const String& host,
                                                                 const String& instanceID)
 {
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding(CIMName("InstanceID"), instanceID, CIMKeyBinding::STRING));
-    return CIMObjectPath(host, ORV_Common::NAMESPACE, SERVED_CLASS, keys);
+    return ORV_Common::buildInstanceIDPath(host, SERVED_CLASS, instanceID);
 }
 
 CIMInstance ORV_StatisticsCollectionProvider::buildInstance(CIMClass cimClass, const String& host,

@@ -175,9 +175,7 @@ String ORV_VolumeStatisticalDataProvider::makeInstanceID(const api_VolumeStats_t
 CIMObjectPath ORV_VolumeStatisticalDataProvider::buildObjectPath(const String& hostAddr,
                                                                  const String& instanceID)
 {
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding(INSTANCE_ID, instanceID, CIMKeyBinding::STRING));
-    return CIMObjectPath(hostAddr, ORV_Common::NAMESPACE, SERVED_CLASS, keys);
+    return ORV_Common::buildInstanceIDPath(hostAddr, SERVED_CLASS, instanceID);
 }
 
 void ORV_VolumeStatisticalDataProvider::parseWWN(const String& instanceID, uint64_t* wwn_re,

@@ -79,20 +79,14 @@ template <class Element> void dropAllQualifiers(Element& e)
     }
 }
 
-// An inherited element keeps only the qualifiers that propagate, marked as propagated.
+// An element the subclass does not redeclare is copied whole, as OpenPegasus
+// does: its qualifiers come along, restricted ones included, marked as
+// propagated.
 template <class Element> void markInherited(Element& e)
 {
     for (Uint32 i = e.getQualifierCount(); i-- > 0;)
     {
-        CIMQualifier q = e.getQualifier(i);
-        if (!propagatesToSubclass(q))
-        {
-            e.removeQualifier(i);
-        }
-        else
-        {
-            q.setPropagated(true);
-        }
+        e.getQualifier(i).setPropagated(true);
     }
     e.setPropagated(true);
 }
@@ -237,19 +231,34 @@ void ClassRepository::addClass(const CIMNamespaceName& nameSpace, const CIMClass
         CIMClass& super = superEntry->resolved;
         inheritQualifiers(resolved, super, "class " + className.getString());
 
+        // Properties the class does not redeclare come first, in the
+        // superclass's order; then the class's own in the order declared,
+        // an overriding one keeping the origin of the property it overrides
+        // (the order and origins OpenPegasus gives).
         for (Uint32 i = 0; i < super.getPropertyCount(); ++i)
         {
             CIMProperty inherited = super.getProperty(i);
-            Uint32 own = local.findProperty(inherited.getName());
-            if (own == PEG_NOT_FOUND)
+            if (local.findProperty(inherited.getName()) == PEG_NOT_FOUND)
             {
                 CIMProperty copy = inherited.clone();
                 markInherited(copy);
                 resolved.addProperty(copy);
+            }
+        }
+        for (Uint32 own = 0; own < local.getPropertyCount(); ++own)
+        {
+            CIMProperty p = local.getProperty(own).clone();
+            Uint32 i = super.findProperty(p.getName());
+            if (i == PEG_NOT_FOUND)
+            {
+                p.setClassOrigin(className);
+                p.setPropagated(false);
+                resolved.addProperty(p);
+                usedProperty[own] = true;
                 continue;
             }
+            CIMProperty inherited = super.getProperty(i);
             usedProperty[own] = true;
-            CIMProperty p = local.getProperty(own).clone();
             String where = "property " + className.getString() + "." + p.getName().getString();
             if (!sameShape(p, inherited))
             {
@@ -261,7 +270,7 @@ void ClassRepository::addClass(const CIMNamespaceName& nameSpace, const CIMClass
             {
                 p.setValue(inherited.getValue());
             }
-            p.setClassOrigin(className);
+            p.setClassOrigin(inherited.getClassOrigin());
             p.setPropagated(false);
             resolved.addProperty(p);
         }

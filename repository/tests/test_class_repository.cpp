@@ -120,9 +120,10 @@ TEST(ClassRepository, SubclassCarriesInheritedFeaturesWithOriginAndPropagation)
         const char* property;
         const char* origin;
         bool propagated;
-    } cases[] = {{"Id", "Base", true},
-                 {"Name", "Middle", true},
-                 {"Count", "Leaf", false},
+    } cases[] = {// A redeclared property keeps the origin of the one it overrides.
+                 {"Id", "Base", true},
+                 {"Name", "Base", true},
+                 {"Count", "Base", false},
                  {"Extra", "Middle", true},
                  {"Own", "Leaf", false}};
     for (const Case& c : cases)
@@ -131,6 +132,15 @@ TEST(ClassRepository, SubclassCarriesInheritedFeaturesWithOriginAndPropagation)
         EXPECT_EQ(c.origin, str(p.getClassOrigin().getString())) << c.property;
         EXPECT_EQ(c.propagated, p.getPropagated()) << c.property;
     }
+
+    // What the class does not redeclare comes first, in the superclass's
+    // order, then its own properties as declared (redeclared ones included).
+    std::vector<std::string> order;
+    for (Uint32 i = 0; i < leaf.getPropertyCount(); ++i)
+    {
+        order.push_back(str(leaf.getProperty(i).getName().getString()));
+    }
+    EXPECT_EQ((std::vector<std::string>{"Id", "Name", "Extra", "Count", "Own"}), order);
 
     // Inherited qualifiers propagate (Key, Description) but restricted ones (Override) do not.
     CIMProperty id = prop(leaf, "Id");

@@ -100,10 +100,7 @@ void _qualifiers(std::string& out, const CIMConstQualifier& q)
     out += "<QUALIFIER";
     _attrName(out, "NAME", q.getName());
     _attr(out, "TYPE", cimTypeToString(q.getType()));
-    if (q.getPropagated())
-    {
-        _attr(out, "PROPAGATED", "true");
-    }
+    // OpenPegasus never marks a qualifier as propagated on the wire.
     const CIMFlavor& flavor = q.getFlavor();
     // Only departures from the DTD's defaults are written.
     if (flavor.hasFlavor(CIMFlavor::DISABLEOVERRIDE))

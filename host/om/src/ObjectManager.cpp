@@ -180,8 +180,7 @@ struct ObjectManager::Impl
     {
         if (ns.isNull() || !repo.namespaceExists(ns))
         {
-            throw CIMException(CIM_ERR_INVALID_NAMESPACE,
-                               "namespace \"" + ns.getString() + "\" does not exist");
+            throw CIMException(CIM_ERR_INVALID_NAMESPACE, ns.getString());
         }
     }
 
@@ -190,10 +189,117 @@ struct ObjectManager::Impl
         checkNamespace(ns);
         if (className.isNull() || !repo.classExists(ns, className))
         {
-            throw CIMException(CIM_ERR_INVALID_CLASS, "class \"" + className.getString() +
-                                                          "\" does not exist in namespace " +
-                                                          ns.getString());
+            throw CIMException(CIM_ERR_INVALID_CLASS, className.getString());
         }
+    }
+
+    // What every association request checks first: a role and a result role
+    // that are legal names, an object of a class the namespace knows.
+    void checkAssociationRequest(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
+                                 const String& role, const String* resultRole) const
+    {
+        checkNamespace(ns);
+        if (role.size() != 0 && !CIMName::legal(role))
+        {
+            throw CIMException(CIM_ERR_INVALID_PARAMETER, "role " + role);
+        }
+        if (resultRole && resultRole->size() != 0 && !CIMName::legal(*resultRole))
+        {
+            throw CIMException(CIM_ERR_INVALID_PARAMETER, "resultRole " + *resultRole);
+        }
+        const CIMName className = objectName.getClassName();
+        if (className.isNull() || !repo.classExists(ns, className))
+        {
+            throw CIMException(CIM_ERR_INVALID_PARAMETER,
+                               className.isNull() ? String() : className.getString());
+        }
+    }
+
+    // Class-level association requests are answered from the class
+    // definitions: each association class with a reference (named role, when
+    // given) that can point at the object's class, paired with the class of
+    // each of its other references (named resultRole, when given).
+    struct ClassAssociation
+    {
+        CIMName assocClass;
+        CIMName resultClass;
+    };
+
+    std::vector<ClassAssociation> classAssociations(const CIMNamespaceName& ns,
+                                                    const CIMName& objectClass,
+                                                    const CIMName& assocFilter,
+                                                    const CIMName& resultFilter,
+                                                    const String& role,
+                                                    const String& resultRole) const
+    {
+        std::vector<ClassAssociation> found;
+        Array<CIMName> classes = repo.enumerateClassNames(ns, CIMName(), true);
+        for (Uint32 c = 0; c < classes.size(); c++)
+        {
+            if (!classMatches(ns, classes[c], assocFilter))
+            {
+                continue;
+            }
+            CIMClass cls = repo.getClass(ns, classes[c], false, true, false, CIMPropertyList());
+            if (!cls.isAssociation())
+            {
+                continue;
+            }
+            for (Uint32 i = 0; i < cls.getPropertyCount(); i++)
+            {
+                CIMConstProperty from = cls.getProperty(i);
+                if (from.getType() != CIMTYPE_REFERENCE ||
+                    (role.size() != 0 && !String::equalNoCase(role, from.getName().getString())) ||
+                    !repo.isSubClassOf(ns, objectClass, from.getReferenceClassName()))
+                {
+                    continue;
+                }
+                for (Uint32 j = 0; j < cls.getPropertyCount(); j++)
+                {
+                    CIMConstProperty to = cls.getProperty(j);
+                    if (j == i || to.getType() != CIMTYPE_REFERENCE ||
+                        (resultRole.size() != 0 &&
+                         !String::equalNoCase(resultRole, to.getName().getString())) ||
+                        !classMatches(ns, to.getReferenceClassName(), resultFilter))
+                    {
+                        continue;
+                    }
+                    found.push_back(ClassAssociation{cls.getClassName(), to.getReferenceClassName()});
+                }
+            }
+        }
+        return found;
+    }
+
+    // Each class once, as a class path of this server, in the order met.
+    Array<CIMObjectPath> classPaths(const CIMNamespaceName& ns,
+                                    const std::vector<CIMName>& names) const
+    {
+        Array<CIMObjectPath> paths;
+        NameSet seen;
+        for (const CIMName& name : names)
+        {
+            if (seen.insert(lower(name.getString())).second)
+            {
+                paths.append(CIMObjectPath(hostName, ns, name));
+            }
+        }
+        return paths;
+    }
+
+    Array<CIMObject> classObjects(const CIMNamespaceName& ns, const Array<CIMObjectPath>& paths,
+                                  Boolean includeQualifiers, Boolean includeClassOrigin,
+                                  const CIMPropertyList& propertyList) const
+    {
+        Array<CIMObject> objects;
+        for (Uint32 i = 0; i < paths.size(); i++)
+        {
+            CIMClass cls = repo.getClass(ns, paths[i].getClassName(), false, includeQualifiers,
+                                         includeClassOrigin, propertyList);
+            cls.setPath(paths[i]);
+            objects.append(CIMObject(cls));
+        }
+        return objects;
     }
 
     NameSet propertyNames(const CIMNamespaceName& ns, const CIMName& className) const
@@ -263,10 +369,10 @@ struct ObjectManager::Impl
         return result;
     }
 
+    // The role is the provider's to judge, not a reason to skip one.
     std::vector<Registration> associationsFor(const CIMNamespaceName& ns,
                                               const CIMName& objectClass,
-                                              const CIMName& assocFilter,
-                                              const String& role) const
+                                              const CIMName& assocFilter) const
     {
         std::vector<Registration> result;
         for (const Registration& reg : registry.associationProviders(ns))
@@ -285,10 +391,6 @@ struct ObjectManager::Impl
             {
                 CIMConstProperty property = cls.getProperty(i);
                 if (property.getType() != CIMTYPE_REFERENCE)
-                {
-                    continue;
-                }
-                if (role.size() != 0 && !String::equalNoCase(role, property.getName().getString()))
                 {
                     continue;
                 }
@@ -500,9 +602,8 @@ Array<CIMParamValue> ObjectManager::typeMethodParameters(const CIMNamespaceName&
         Uint32 pos = methodName.isNull() ? PEG_NOT_FOUND : cls.findMethod(methodName);
         if (pos == PEG_NOT_FOUND)
         {
-            throw CIMException(CIM_ERR_METHOD_NOT_FOUND,
-                               "class " + className.getString() + " has no method \"" +
-                                   methodName.getString() + "\"");
+            throw CIMException(CIM_ERR_METHOD_NOT_AVAILABLE,
+                               methodName.isNull() ? String() : methodName.getString());
         }
         return typeInParameters(cls.getMethod(pos), in);
     });
@@ -586,19 +687,10 @@ CIMInstance ObjectManager::getInstance(const OperationContext& context,
                                "no instance " + instanceName.toString());
         }
 
-        NameSet local;
+        // As OpenPegasus does, localOnly is ignored on instances: every
+        // instance carries what it inherits.
+        (void)localOnly;
         InstanceFilter filter;
-        if (localOnly)
-        {
-            // Only what the class itself defines, not what it inherits.
-            local = _impl->propertyNames(nameSpace, className);
-            CIMName super = _impl->repo.getSuperClassName(nameSpace, className);
-            for (const std::string& name : _impl->propertyNames(nameSpace, super))
-            {
-                local.erase(name);
-            }
-            filter.classProperties = &local;
-        }
         filter.propertyList = propertyList;
         filter.includeQualifiers = includeQualifiers;
         filter.includeClassOrigin = includeClassOrigin;
@@ -627,15 +719,9 @@ Array<CIMInstance> ObjectManager::enumerateInstances(const OperationContext& con
         _impl->checkClass(nameSpace, className);
         const OperationContext providerContext = withIdentity(context);
 
-        // localOnly drops what the requested class inherits; without
-        // deepInheritance, subclass instances keep only the requested
-        // class's properties.
-        NameSet inherited;
-        if (localOnly)
-        {
-            inherited = _impl->propertyNames(nameSpace,
-                                             _impl->repo.getSuperClassName(nameSpace, className));
-        }
+        // localOnly is ignored, as OpenPegasus does; without deepInheritance,
+        // subclass instances keep only the requested class's properties.
+        (void)localOnly;
         std::map<std::string, NameSet> allowedByClass;
         auto allowedFor = [&](const CIMName& instanceClass) -> const NameSet* {
             CIMName basis = className;
@@ -647,12 +733,7 @@ Array<CIMInstance> ObjectManager::enumerateInstances(const OperationContext& con
             auto it = allowedByClass.find(key);
             if (it == allowedByClass.end())
             {
-                NameSet names = _impl->propertyNames(nameSpace, basis);
-                for (const std::string& name : inherited)
-                {
-                    names.erase(name);
-                }
-                it = allowedByClass.emplace(key, names).first;
+                it = allowedByClass.emplace(key, _impl->propertyNames(nameSpace, basis)).first;
             }
             return &it->second;
         };
@@ -718,12 +799,20 @@ Array<CIMObject> ObjectManager::associators(const OperationContext& context,
                                             const CIMPropertyList& propertyList)
 {
     return translated([&]() {
-        _impl->checkClass(nameSpace, objectName.getClassName());
-        Array<CIMObject> result;
+        _impl->checkAssociationRequest(nameSpace, objectName, role, &resultRole);
         if (objectName.getKeyBindings().size() == 0)
         {
-            return result; // class-level query: no class associations are kept
+            std::vector<CIMName> names;
+            for (const auto& a : _impl->classAssociations(nameSpace, objectName.getClassName(),
+                                                          assocClass, resultClass, role,
+                                                          resultRole))
+            {
+                names.push_back(a.resultClass);
+            }
+            return _impl->classObjects(nameSpace, _impl->classPaths(nameSpace, names),
+                                       includeQualifiers, includeClassOrigin, propertyList);
         }
+        Array<CIMObject> result;
         const OperationContext providerContext = withIdentity(context);
         const CIMObjectPath object = _impl->requestPath(nameSpace, objectName);
 
@@ -733,7 +822,7 @@ Array<CIMObject> ObjectManager::associators(const OperationContext& context,
         filter.includeClassOrigin = includeClassOrigin;
 
         forEachProvider(
-            _impl->associationsFor(nameSpace, objectName.getClassName(), assocClass, role),
+            _impl->associationsFor(nameSpace, objectName.getClassName(), assocClass),
             _impl->handle, _impl->errors, [&](ProviderCall& call, const Registration& reg) {
                 ObjectCollector collector(call.name(), "associators");
                 call.as<CIMAssociationProvider>("an association")
@@ -755,17 +844,24 @@ Array<CIMObjectPath> ObjectManager::associatorNames(const OperationContext& cont
                                                     const String& role, const String& resultRole)
 {
     return translated([&]() {
-        _impl->checkClass(nameSpace, objectName.getClassName());
-        Array<CIMObjectPath> result;
+        _impl->checkAssociationRequest(nameSpace, objectName, role, &resultRole);
         if (objectName.getKeyBindings().size() == 0)
         {
-            return result;
+            std::vector<CIMName> names;
+            for (const auto& a : _impl->classAssociations(nameSpace, objectName.getClassName(),
+                                                          assocClass, resultClass, role,
+                                                          resultRole))
+            {
+                names.push_back(a.resultClass);
+            }
+            return _impl->classPaths(nameSpace, names);
         }
+        Array<CIMObjectPath> result;
         const OperationContext providerContext = withIdentity(context);
         const CIMObjectPath object = _impl->requestPath(nameSpace, objectName);
 
         forEachProvider(
-            _impl->associationsFor(nameSpace, objectName.getClassName(), assocClass, role),
+            _impl->associationsFor(nameSpace, objectName.getClassName(), assocClass),
             _impl->handle, _impl->errors, [&](ProviderCall& call, const Registration& reg) {
                 ObjectPathCollector collector(call.name(), "associatorNames");
                 call.as<CIMAssociationProvider>("an association")
@@ -785,12 +881,19 @@ Array<CIMObject> ObjectManager::references(const OperationContext& context,
                                            const CIMPropertyList& propertyList)
 {
     return translated([&]() {
-        _impl->checkClass(nameSpace, objectName.getClassName());
-        Array<CIMObject> result;
+        _impl->checkAssociationRequest(nameSpace, objectName, role, nullptr);
         if (objectName.getKeyBindings().size() == 0)
         {
-            return result;
+            std::vector<CIMName> names;
+            for (const auto& a : _impl->classAssociations(nameSpace, objectName.getClassName(),
+                                                          resultClass, CIMName(), role, String()))
+            {
+                names.push_back(a.assocClass);
+            }
+            return _impl->classObjects(nameSpace, _impl->classPaths(nameSpace, names),
+                                       includeQualifiers, includeClassOrigin, propertyList);
         }
+        Array<CIMObject> result;
         const OperationContext providerContext = withIdentity(context);
         const CIMObjectPath object = _impl->requestPath(nameSpace, objectName);
 
@@ -800,7 +903,7 @@ Array<CIMObject> ObjectManager::references(const OperationContext& context,
         filter.includeClassOrigin = includeClassOrigin;
 
         forEachProvider(
-            _impl->associationsFor(nameSpace, objectName.getClassName(), resultClass, role),
+            _impl->associationsFor(nameSpace, objectName.getClassName(), resultClass),
             _impl->handle, _impl->errors, [&](ProviderCall& call, const Registration& reg) {
                 ObjectCollector collector(call.name(), "references");
                 call.as<CIMAssociationProvider>("an association")
@@ -820,17 +923,23 @@ Array<CIMObjectPath> ObjectManager::referenceNames(const OperationContext& conte
                                                    const String& role)
 {
     return translated([&]() {
-        _impl->checkClass(nameSpace, objectName.getClassName());
-        Array<CIMObjectPath> result;
+        _impl->checkAssociationRequest(nameSpace, objectName, role, nullptr);
         if (objectName.getKeyBindings().size() == 0)
         {
-            return result;
+            std::vector<CIMName> names;
+            for (const auto& a : _impl->classAssociations(nameSpace, objectName.getClassName(),
+                                                          resultClass, CIMName(), role, String()))
+            {
+                names.push_back(a.assocClass);
+            }
+            return _impl->classPaths(nameSpace, names);
         }
+        Array<CIMObjectPath> result;
         const OperationContext providerContext = withIdentity(context);
         const CIMObjectPath object = _impl->requestPath(nameSpace, objectName);
 
         forEachProvider(
-            _impl->associationsFor(nameSpace, objectName.getClassName(), resultClass, role),
+            _impl->associationsFor(nameSpace, objectName.getClassName(), resultClass),
             _impl->handle, _impl->errors, [&](ProviderCall& call, const Registration& reg) {
                 ObjectPathCollector collector(call.name(), "referenceNames");
                 call.as<CIMAssociationProvider>("an association")
@@ -872,6 +981,157 @@ CIMValue ObjectManager::invokeMethod(const OperationContext& context,
                         });
         return returnValue;
     });
+}
+
+namespace
+{
+// The instance provider that answers changes to instances of one class: its
+// own refusal is the answer, as in OpenPegasus; a class without one cannot
+// change.
+const Registration& changeProvider(const ProviderRegistry& registry,
+                                   const CIMNamespaceName& nameSpace, const CIMName& className,
+                                   const char* operation)
+{
+    const Registration* reg = registry.find(KindInstance, nameSpace, className);
+    if (!reg)
+    {
+        throw CIMException(CIM_ERR_NOT_SUPPORTED,
+                           String(operation) + " of " + className.getString());
+    }
+    return *reg;
+}
+} // namespace
+
+CIMObjectPath ObjectManager::createInstance(const OperationContext& context,
+                                            const CIMNamespaceName& nameSpace,
+                                            const CIMInstance& newInstance)
+{
+    return translated([&]() {
+        const CIMName className = newInstance.getClassName();
+        _impl->checkClass(nameSpace, className);
+        const Registration& reg =
+            changeProvider(_impl->registry, nameSpace, className, "createInstance");
+        CIMObjectPath target = newInstance.getPath();
+        if (target.getClassName().isNull())
+        {
+            target.setClassName(className);
+        }
+        target = _impl->requestPath(nameSpace, target);
+        CIMObjectPath created;
+        forEachProvider({reg}, _impl->handle, _impl->errors,
+                        [&](ProviderCall& call, const Registration&) {
+                            ObjectPathCollector collector(call.name(), "createInstance");
+                            call.as<CIMInstanceProvider>("an instance")
+                                .createInstance(withIdentity(context), target, newInstance,
+                                                collector);
+                            if (collector.results.size() > 0)
+                            {
+                                created = collector.results[0];
+                            }
+                        });
+        if (!created.getClassName().isNull())
+        {
+            completePath(created, _impl->hostName, nameSpace);
+        }
+        return created;
+    });
+}
+
+void ObjectManager::modifyInstance(const OperationContext& context,
+                                   const CIMNamespaceName& nameSpace,
+                                   const CIMInstance& modifiedInstance, Boolean includeQualifiers,
+                                   const CIMPropertyList& propertyList)
+{
+    translated([&]() {
+        CIMObjectPath path = modifiedInstance.getPath();
+        const CIMName className =
+            path.getClassName().isNull() ? modifiedInstance.getClassName() : path.getClassName();
+        _impl->checkClass(nameSpace, className);
+        const Registration& reg =
+            changeProvider(_impl->registry, nameSpace, className, "modifyInstance");
+        forEachProvider({reg}, _impl->handle, _impl->errors,
+                        [&](ProviderCall& call, const Registration&) {
+                            CompletionCollector collector(call.name(), "modifyInstance");
+                            call.as<CIMInstanceProvider>("an instance")
+                                .modifyInstance(withIdentity(context),
+                                                _impl->requestPath(nameSpace, path),
+                                                modifiedInstance, includeQualifiers, propertyList,
+                                                collector);
+                        });
+        return 0;
+    });
+}
+
+void ObjectManager::deleteInstance(const OperationContext& context,
+                                   const CIMNamespaceName& nameSpace,
+                                   const CIMObjectPath& instanceName)
+{
+    translated([&]() {
+        const CIMName className = instanceName.getClassName();
+        _impl->checkClass(nameSpace, className);
+        const Registration& reg =
+            changeProvider(_impl->registry, nameSpace, className, "deleteInstance");
+        forEachProvider({reg}, _impl->handle, _impl->errors,
+                        [&](ProviderCall& call, const Registration&) {
+                            CompletionCollector collector(call.name(), "deleteInstance");
+                            call.as<CIMInstanceProvider>("an instance")
+                                .deleteInstance(withIdentity(context),
+                                                _impl->requestPath(nameSpace, instanceName),
+                                                collector);
+                        });
+        return 0;
+    });
+}
+
+CIMValue ObjectManager::getProperty(const OperationContext& context,
+                                    const CIMNamespaceName& nameSpace,
+                                    const CIMObjectPath& instanceName,
+                                    const CIMName& propertyName)
+{
+    Array<CIMName> names;
+    names.append(propertyName);
+    CIMInstance instance = getInstance(context, nameSpace, instanceName, false, false, false,
+                                       CIMPropertyList(names));
+    Uint32 pos = instance.findProperty(propertyName);
+    if (pos == PEG_NOT_FOUND)
+    {
+        throw CIMException(CIM_ERR_NO_SUCH_PROPERTY, propertyName.getString());
+    }
+    return instance.getProperty(pos).getValue();
+}
+
+void ObjectManager::setProperty(const OperationContext& context,
+                                const CIMNamespaceName& nameSpace,
+                                const CIMObjectPath& instanceName, const CIMName& propertyName,
+                                const CIMValue& newValue)
+{
+    const CIMName className = instanceName.getClassName();
+    CIMValue value = newValue;
+    translated([&]() {
+        _impl->checkClass(nameSpace, className);
+        CIMClass cls =
+            _impl->repo.getClass(nameSpace, className, false, false, false, CIMPropertyList());
+        Uint32 pos = cls.findProperty(propertyName);
+        if (pos == PEG_NOT_FOUND)
+        {
+            throw CIMException(CIM_ERR_NO_SUCH_PROPERTY, propertyName.getString());
+        }
+        // A client's text takes the type the class declares.
+        CIMConstProperty declared = cls.getProperty(pos);
+        if (!value.isNull() && value.getType() == CIMTYPE_STRING &&
+            declared.getType() != CIMTYPE_STRING)
+        {
+            value = convertTextValue(value, declared.getType(), declared.isArray(),
+                                     propertyName.getString());
+        }
+        return 0;
+    });
+    CIMInstance instance(className);
+    instance.addProperty(CIMProperty(propertyName, value));
+    instance.setPath(instanceName);
+    Array<CIMName> names;
+    names.append(propertyName);
+    modifyInstance(context, nameSpace, instance, false, CIMPropertyList(names));
 }
 
 } // namespace cimom

@@ -281,9 +281,10 @@ Array<CIMParamValue> typeInParameters(const CIMMethod& method,
         }
         if (pos == PEG_NOT_FOUND)
         {
-            throw CIMException(CIM_ERR_INVALID_PARAMETER,
-                               "method " + method.getName().getString() +
-                                   " has no parameter \"" + name + "\"");
+            // Passed on as given, as OpenPegasus does: the provider judges
+            // parameters its method does not declare.
+            typed.append(given);
+            continue;
         }
         CIMConstParameter declared = method.getParameter(pos);
         const String what = "parameter " + declared.getName().getString() + " of method " +

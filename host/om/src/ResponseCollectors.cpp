@@ -55,6 +55,21 @@ void CallOrderTracker::onDeliver()
     }
 }
 
+CompletionCollector::CompletionCollector(const std::string& provider, const char* operation)
+    : _order(provider, operation)
+{
+}
+
+void CompletionCollector::processing()
+{
+    _order.onProcessing();
+}
+
+void CompletionCollector::complete()
+{
+    _order.onComplete();
+}
+
 InstanceCollector::InstanceCollector(const std::string& provider, const char* operation)
     : _order(provider, operation)
 {

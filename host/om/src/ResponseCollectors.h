@@ -90,6 +90,19 @@ private:
     CallOrderTracker _order;
 };
 
+/** For operations that deliver nothing (modifyInstance, deleteInstance). */
+class CompletionCollector : public Pegasus::ResponseHandler
+{
+public:
+    CompletionCollector(const std::string& provider, const char* operation);
+
+    void processing() override;
+    void complete() override;
+
+private:
+    CallOrderTracker _order;
+};
+
 class MethodResultCollector : public Pegasus::MethodResultResponseHandler
 {
 public:

@@ -7,6 +7,8 @@
 
 #include "TestSupport.h"
 
+#include <set>
+
 PEGASUS_USING_PEGASUS;
 using namespace omtest;
 
@@ -59,8 +61,10 @@ const RoutingCase ROUTING[] = {
     {"result class superclass keeps subclasses", "OMT_Widget", "W1", "", "OMT_Base", "",
      {"G1", "W2"},
      {"OMT_LinkProvider:OMT_Link:OMT_Base", "OMT_OwnershipProvider:OMT_Ownership:OMT_Base"}},
-    {"role picks associations with such a reference", "OMT_Gadget", "G1", "", "", "part", {"W2"},
-     {"OMT_OwnershipProvider:OMT_Ownership:"}},
+    // The role is each provider's to judge: every association that can
+    // reach the object is asked.
+    {"role is judged by the providers", "OMT_Gadget", "G1", "", "", "part", {"W2"},
+     {"OMT_LinkProvider:OMT_Link:", "OMT_OwnershipProvider:OMT_Ownership:"}},
     {"object class not referenced by the association", "OMT_Orphan", "O1", "", "", "", {},
      {"OMT_LinkProvider:OMT_Link:"}},
     {"association class filter that no provider serves", "OMT_Widget", "W1", "OMT_Base", "", "",
@@ -126,7 +130,8 @@ TEST_F(AssociationTest, ReferencesTellEachProviderItsOwnClass)
     Array<CIMObjectPath> names = om->referenceNames(ctx, NS, g1, CIMName(), String("Right"));
     EXPECT_EQ(ids(names), (Strings{"W1-G1"}));
     EXPECT_EQ(eventsStartingWith("referenceNames:"),
-              (Strings{"referenceNames:OMT_LinkProvider:OMT_Link"}));
+              (Strings{"referenceNames:OMT_LinkProvider:OMT_Link",
+                       "referenceNames:OMT_OwnershipProvider:OMT_Ownership"}));
 }
 
 TEST_F(AssociationTest, ResultInstancesFollowThePropertyList)
@@ -152,15 +157,63 @@ TEST_F(AssociationTest, ResultInstancesFollowThePropertyList)
     }
 }
 
-TEST_F(AssociationTest, ClassLevelRequestsReachNoProvider)
+TEST_F(AssociationTest, ClassLevelRequestsAreAnsweredFromClassDefinitions)
 {
-    CIMObjectPath classOnly(String(), CIMNamespaceName(), CIMName("OMT_Widget"));
-    EXPECT_EQ(om->associators(ctx, NS, classOnly, CIMName(), CIMName(), String(), String(), false,
-                              false, CIMPropertyList())
-                  .size(),
-              0u);
-    EXPECT_EQ(om->referenceNames(ctx, NS, classOnly, CIMName(), String()).size(), 0u);
+    // OMT_Widget is an OMT_Base: OMT_Link and OMT_BrokenLink reach it by
+    // Left (and OMT_Link by Right), OMT_Ownership by Owner.
+    const CIMObjectPath classOnly(String(), CIMNamespaceName(), CIMName("OMT_Widget"));
+    auto classNames = [](const Array<CIMObjectPath>& paths) {
+        std::set<std::string> out;
+        for (Uint32 i = 0; i < paths.size(); i++)
+        {
+            EXPECT_EQ(paths[i].getKeyBindings().size(), 0u);
+            EXPECT_EQ(str(paths[i].getHost()), "omhost");
+            out.insert(str(paths[i].getClassName().getString()));
+        }
+        return out;
+    };
+    struct Case
+    {
+        const char* description;
+        const char* assocClass;
+        const char* resultClass;
+        const char* role;
+        const char* resultRole;
+        std::set<std::string> associators;
+        std::set<std::string> references;
+    } cases[] = {
+        {"everything", "", "", "", "", {"OMT_Base", "OMT_Broken", "OMT_Gadget"},
+         {"OMT_BrokenLink", "OMT_Link", "OMT_Ownership"}},
+        {"association class", "OMT_Link", "", "", "", {"OMT_Base"}, {"OMT_Link"}},
+        {"role", "", "", "owner", "", {"OMT_Gadget"}, {"OMT_Ownership"}},
+        {"result role", "", "", "", "Right", {"OMT_Base", "OMT_Broken"},
+         {"OMT_BrokenLink", "OMT_Link", "OMT_Ownership"}},
+        {"result class", "", "OMT_Widget", "", "", {"OMT_Gadget"},
+         {"OMT_BrokenLink", "OMT_Link", "OMT_Ownership"}},
+        {"role that no reference has", "", "", "Nope", "", {}, {}},
+    };
+    for (const Case& c : cases)
+    {
+        Array<CIMObjectPath> names =
+            om->associatorNames(ctx, NS, classOnly, nameOrNull(c.assocClass),
+                                nameOrNull(c.resultClass), String(c.role), String(c.resultRole));
+        EXPECT_EQ(classNames(names), c.associators) << c.description;
+        Array<CIMObject> classes = om->associators(
+            ctx, NS, classOnly, nameOrNull(c.assocClass), nameOrNull(c.resultClass),
+            String(c.role), String(c.resultRole), false, false, CIMPropertyList());
+        ASSERT_EQ(classes.size(), names.size()) << c.description;
+        for (Uint32 i = 0; i < classes.size(); i++)
+        {
+            EXPECT_TRUE(classes[i].isClass()) << c.description;
+        }
+        // References filter by association class through the result class.
+        EXPECT_EQ(classNames(om->referenceNames(ctx, NS, classOnly, nameOrNull(c.assocClass),
+                                                String(c.role))),
+                  c.references)
+            << c.description;
+    }
     EXPECT_TRUE(eventsStartingWith("associators:").empty());
+    EXPECT_TRUE(eventsStartingWith("associatorNames:").empty());
     EXPECT_TRUE(eventsStartingWith("referenceNames:").empty());
 }
 

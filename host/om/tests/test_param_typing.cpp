@@ -129,7 +129,7 @@ TEST_F(ParamTypingTest, TextThatDoesNotFitIsAnInvalidParameter)
         {"Offset", text("40000")},     {"Glossy", text("yes")},
         {"Ratio", text("1.5x")},       {"When", text("yesterday")},
         {"Target", text("OMT_Widget.Id=")}, {"Weights", texts({"1", "x"})},
-        {"Color", texts({"a", "b"})},  {"Nope", text("1")},
+        {"Color", texts({"a", "b"})},
         {"Coats", CIMValue(Array<Uint32>())},
     };
     for (const Case& c : cases)
@@ -163,3 +163,18 @@ TEST_F(ParamTypingTest, ProviderReceivesTypedParameters)
 }
 
 } // namespace
+
+TEST_F(ParamTypingTest, UndeclaredParametersPassUnchanged)
+{
+    // The provider judges what its method does not declare, as in OpenPegasus.
+    Array<CIMParamValue> in;
+    in.append(CIMParamValue("Nope", text("1"), false));
+    in.append(CIMParamValue("Coats", text("2"), false));
+    Array<CIMParamValue> out =
+        om->typeMethodParameters(NS, CIMName("OMT_Widget"), CIMName("Paint"), in);
+    ASSERT_EQ(out.size(), 2u);
+    EXPECT_EQ(str(out[0].getParameterName()), "Nope");
+    EXPECT_FALSE(out[0].isTyped());
+    EXPECT_EQ(out[0].getValue().getType(), CIMTYPE_STRING);
+    EXPECT_EQ(out[1].getValue().getType(), CIMTYPE_UINT32);
+}

@@ -9,7 +9,11 @@
 
 #include <strings.h>
 
+#include <cerrno>
+#include <cstdlib>
+
 #include <algorithm>
+#include <deque>
 #include <functional>
 #include <map>
 #include <set>
@@ -192,6 +196,38 @@ public:
         return String(p->text.c_str());
     }
 
+    CIMName name(const char* param) const
+    {
+        String text = this->text(param);
+        if (!CIMName::legal(text))
+        {
+            throw ParamError{CIM_ERR_INVALID_PARAMETER,
+                             std::string("parameter ") + param + " must be a CIM name"};
+        }
+        return CIMName(text);
+    }
+
+    // An unsigned 32-bit VALUE; present tells whether the client gave one.
+    Uint32 uint32(const char* param, Uint32 defaultValue, bool& present) const
+    {
+        const IParam* p = find(param);
+        present = p != nullptr && p->kind != IParam::NULL_VALUE;
+        if (!present)
+        {
+            return defaultValue;
+        }
+        std::string text = _trim(p->kind == IParam::VALUE ? p->text : std::string("x"));
+        char* end = nullptr;
+        errno = 0;
+        unsigned long long value = strtoull(text.c_str(), &end, 10);
+        if (text.empty() || text[0] == '-' || *end != '\0' || errno != 0 || value > 0xFFFFFFFFull)
+        {
+            throw ParamError{CIM_ERR_INVALID_PARAMETER,
+                             std::string("parameter ") + param + " must be a uint32"};
+        }
+        return static_cast<Uint32>(value);
+    }
+
     CIMPropertyList propertyList() const
     {
         const IParam* p = find("PropertyList");
@@ -228,10 +264,12 @@ std::string _className(const CIMName& name)
     return name.isNull() ? "-" : cimxml::str(name.getString());
 }
 
-std::string _description(const CIMException& e)
+// As OpenPegasus writes it: the status name, then ": " and the text, if any.
+std::string _description(CIMStatusCode code, const std::string& text)
 {
-    std::string text = cimxml::str(e.getMessage());
-    return text.empty() ? cimxml::str(cimStatusCodeToString(e.getCode())) : text;
+    std::string out = cimxml::str(cimStatusCodeToString(code));
+    out = out.substr(0, out.find(':'));
+    return text.empty() ? out : out + ": " + text;
 }
 
 HttpResponse _protocolError(int status, const std::string& cimError, const std::string& detail)
@@ -256,8 +294,9 @@ std::set<std::string> _names(std::initializer_list<const char*> names)
 }
 } // namespace
 
-CimOperationProcessor::CimOperationProcessor(CIMOMDispatcher& dispatcher, const String& hostName)
-    : _dispatcher(dispatcher), _hostName(hostName)
+CimOperationProcessor::CimOperationProcessor(CIMOMDispatcher& dispatcher, const String& hostName,
+                                             const EnumerationContexts::Limits& pullLimits)
+    : _dispatcher(dispatcher), _hostName(hostName), _contexts(pullLimits)
 {
 }
 
@@ -383,32 +422,35 @@ HttpResponse CimOperationProcessor::handle(const HttpRequest& http)
         OperationContext context;
         context.insert(IdentityContainer(String(http.user.c_str())));
         context.insert(ORV_ClientAddressContainer(String(http.peer.c_str())));
-        result = request.intrinsic ? _dispatchIntrinsic(request, context, response.summary)
+        result = request.intrinsic ? _dispatchIntrinsic(request, context, http.user,
+                                                        response.summary)
                                    : _dispatchExtrinsic(request, context, response.summary);
         response.summary.cimStatus = "0";
     }
     catch (const ParamError& e)
     {
         result.clear();
-        cimxml::appendError(result, e.code, e.text);
+        cimxml::appendError(result, e.code, _description(e.code, e.text));
         response.summary.cimStatus = std::to_string(e.code);
     }
     catch (const CIMException& e)
     {
         result.clear();
-        cimxml::appendError(result, e.getCode(), _description(e));
+        cimxml::appendError(result, e.getCode(),
+                            _description(e.getCode(), cimxml::str(e.getMessage())));
         response.summary.cimStatus = std::to_string(e.getCode());
     }
     catch (const Exception& e)
     {
         result.clear();
-        cimxml::appendError(result, CIM_ERR_FAILED, cimxml::str(e.getMessage()));
+        cimxml::appendError(result, CIM_ERR_FAILED,
+                            _description(CIM_ERR_FAILED, cimxml::str(e.getMessage())));
         response.summary.cimStatus = std::to_string(CIM_ERR_FAILED);
     }
     catch (const std::exception& e)
     {
         result.clear();
-        cimxml::appendError(result, CIM_ERR_FAILED, e.what());
+        cimxml::appendError(result, CIM_ERR_FAILED, _description(CIM_ERR_FAILED, e.what()));
         response.summary.cimStatus = std::to_string(CIM_ERR_FAILED);
     }
     body += result;
@@ -429,10 +471,16 @@ HttpResponse CimOperationProcessor::handle(const HttpRequest& http)
 
 std::string CimOperationProcessor::_dispatchIntrinsic(const CimRequest& request,
                                                       const OperationContext& context,
+                                                      const std::string& user,
                                                       RequestSummary& summary)
 {
     const std::string op = request.methodName;
     const CIMNamespaceName& ns = request.nameSpace;
+    std::string pulled;
+    if (_dispatchPull(request, context, user, summary, pulled))
+    {
+        return pulled;
+    }
     std::string out = "<IRETURNVALUE>";
     auto objects = [&](const Array<CIMObject>& found) {
         for (Uint32 i = 0; i < found.size(); ++i)
@@ -592,10 +640,81 @@ std::string CimOperationProcessor::_dispatchIntrinsic(const CimRequest& request,
                                          p.text("Role")),
               isClassLevel(p));
     }
+    else if (op == "CreateInstance")
+    {
+        IParams p(request.iparams, _names({"NewInstance"}));
+        const IParam* given = p.find("NewInstance");
+        if (given == nullptr || given->kind != IParam::INSTANCE)
+        {
+            throw ParamError{CIM_ERR_INVALID_PARAMETER, "parameter NewInstance must be an INSTANCE"};
+        }
+        summary.className = _className(given->instance.getClassName());
+        cimxml::appendInstanceName(out, _dispatcher.createInstance(context, ns, given->instance));
+    }
+    else if (op == "ModifyInstance")
+    {
+        IParams p(request.iparams,
+                  _names({"ModifiedInstance", "IncludeQualifiers", "PropertyList"}));
+        const IParam* given = p.find("ModifiedInstance");
+        if (given == nullptr || given->kind != IParam::NAMED_INSTANCE)
+        {
+            throw ParamError{CIM_ERR_INVALID_PARAMETER,
+                             "parameter ModifiedInstance must be a VALUE.NAMEDINSTANCE"};
+        }
+        summary.className = _className(given->path.getClassName());
+        _dispatcher.modifyInstance(context, ns, given->instance,
+                                   p.boolean("IncludeQualifiers", true), p.propertyList());
+        return std::string();
+    }
+    else if (op == "DeleteInstance")
+    {
+        IParams p(request.iparams, _names({"InstanceName"}));
+        CIMObjectPath name = p.instanceName("InstanceName");
+        summary.className = _className(name.getClassName());
+        _dispatcher.deleteInstance(context, ns, name);
+        return std::string();
+    }
+    else if (op == "GetProperty")
+    {
+        IParams p(request.iparams, _names({"InstanceName", "PropertyName"}));
+        CIMObjectPath name = p.instanceName("InstanceName");
+        summary.className = _className(name.getClassName());
+        CIMValue value = _dispatcher.getProperty(context, ns, name, p.name("PropertyName"));
+        if (!value.isNull())
+        {
+            cimxml::appendValue(out, value);
+        }
+    }
+    else if (op == "SetProperty")
+    {
+        IParams p(request.iparams, _names({"InstanceName", "PropertyName", "NewValue"}));
+        CIMObjectPath name = p.instanceName("InstanceName");
+        summary.className = _className(name.getClassName());
+        const IParam* given = p.find("NewValue");
+        CIMValue value(CIMTYPE_STRING, false);
+        if (given != nullptr && given->kind == IParam::VALUE)
+        {
+            value = CIMValue(String(given->text.c_str()));
+        }
+        else if (given != nullptr && given->kind == IParam::VALUE_ARRAY)
+        {
+            Array<String> items;
+            for (const std::string& text : given->texts)
+            {
+                items.append(String(text.c_str()));
+            }
+            value = CIMValue(items);
+        }
+        else if (given != nullptr && given->kind != IParam::NULL_VALUE)
+        {
+            throw ParamError{CIM_ERR_INVALID_PARAMETER, "parameter NewValue must be a VALUE"};
+        }
+        _dispatcher.setProperty(context, ns, name, p.name("PropertyName"), value);
+        return std::string();
+    }
     else
     {
-        // Pull operations, class and instance changes, queries and unknown
-        // names alike: clients fall back to the operations above.
+        // Class changes, qualifier declarations, queries and unknown names.
         throw CIMException(CIM_ERR_NOT_SUPPORTED,
                            String(("operation " + op + " is not supported").c_str()));
     }
@@ -637,6 +756,269 @@ std::string CimOperationProcessor::_dispatchExtrinsic(const CimRequest& request,
         }
     }
     return out;
+}
+
+namespace
+{
+const std::set<std::string> _pullCommon = {"filterquerylanguage", "filterquery",
+                                           "operationtimeout", "continueonerror",
+                                           "maxobjectcount"};
+
+std::set<std::string> _withPullCommon(std::initializer_list<const char*> names)
+{
+    std::set<std::string> out = _names(names);
+    out.insert(_pullCommon.begin(), _pullCommon.end());
+    return out;
+}
+
+void _appendPullTrailer(std::string& out, bool endOfSequence, const std::string& context)
+{
+    out += "<PARAMVALUE NAME=\"EndOfSequence\"><VALUE>";
+    out += endOfSequence ? "TRUE" : "FALSE";
+    out += "</VALUE></PARAMVALUE><PARAMVALUE NAME=\"EnumerationContext\"><VALUE>";
+    out += cimxml::escape(context);
+    out += "</VALUE></PARAMVALUE>";
+}
+} // namespace
+
+bool CimOperationProcessor::_dispatchPull(const CimRequest& request,
+                                          const OperationContext& context,
+                                          const std::string& user, RequestSummary& summary,
+                                          std::string& out)
+{
+    const std::string& op = request.methodName;
+    const CIMNamespaceName& ns = request.nameSpace;
+    const EnumerationContexts::Limits& limits = _contexts.limits();
+
+    if (op == "PullInstancesWithPath" || op == "PullInstancePaths" || op == "CloseEnumeration" ||
+        op == "EnumerationCount")
+    {
+        const bool closing = op == "CloseEnumeration" || op == "EnumerationCount";
+        IParams p(request.iparams, closing ? _names({"EnumerationContext"})
+                                           : _names({"EnumerationContext", "MaxObjectCount"}));
+        const IParam* given = p.find("EnumerationContext");
+        if (given == nullptr || given->kind != IParam::VALUE)
+        {
+            throw ParamError{CIM_ERR_INVALID_PARAMETER, "parameter EnumerationContext is required"};
+        }
+        if (op == "EnumerationCount")
+        {
+            throw CIMException(CIM_ERR_NOT_SUPPORTED, "EnumerationCount");
+        }
+        if (op == "CloseEnumeration")
+        {
+            _contexts.close(user, given->text);
+            out.clear();
+            return true;
+        }
+        bool present = false;
+        Uint32 max = p.uint32("MaxObjectCount", 0, present);
+        if (!present)
+        {
+            throw ParamError{CIM_ERR_INVALID_PARAMETER, "parameter MaxObjectCount is required"};
+        }
+        if (max > limits.maxObjectCount)
+        {
+            throw CIMException(CIM_ERR_INVALID_PARAMETER,
+                               "Operation maximum object count argument " +
+                                   String(std::to_string(max).c_str()) +
+                                   " too large. Maximum allowed: " +
+                                   String(std::to_string(limits.maxObjectCount).c_str()) + ".");
+        }
+        bool end = false;
+        std::vector<std::string> items = _contexts.pull(
+            user, given->text,
+            op == "PullInstancesWithPath" ? EnumerationContexts::INSTANCES
+                                          : EnumerationContexts::PATHS,
+            max, end);
+        out = "<IRETURNVALUE>";
+        for (const std::string& item : items)
+        {
+            out += item;
+        }
+        out += "</IRETURNVALUE>";
+        _appendPullTrailer(out, end, end ? std::string() : given->text);
+        return true;
+    }
+
+    const bool enumerate = op == "OpenEnumerateInstances" || op == "OpenEnumerateInstancePaths";
+    const bool associators = op == "OpenAssociatorInstances" || op == "OpenAssociatorInstancePaths";
+    const bool references = op == "OpenReferenceInstances" || op == "OpenReferenceInstancePaths";
+    if (!enumerate && !associators && !references)
+    {
+        return false;
+    }
+    const bool pathsOnly = op.size() > 5 && op.compare(op.size() - 5, 5, "Paths") == 0;
+    std::set<std::string> allowed;
+    if (enumerate)
+    {
+        allowed = pathsOnly ? _withPullCommon({"ClassName"})
+                            : _withPullCommon({"ClassName", "DeepInheritance", "IncludeClassOrigin",
+                                               "PropertyList"});
+    }
+    else if (associators)
+    {
+        allowed = pathsOnly ? _withPullCommon({"InstanceName", "AssocClass", "ResultClass", "Role",
+                                               "ResultRole"})
+                            : _withPullCommon({"InstanceName", "AssocClass", "ResultClass", "Role",
+                                               "ResultRole", "IncludeClassOrigin",
+                                               "PropertyList"});
+    }
+    else
+    {
+        allowed = pathsOnly ? _withPullCommon({"InstanceName", "ResultClass", "Role"})
+                            : _withPullCommon({"InstanceName", "ResultClass", "Role",
+                                               "IncludeClassOrigin", "PropertyList"});
+    }
+    IParams p(request.iparams, allowed);
+
+    // The checks OpenPegasus makes on every open, in its order.
+    const String language = p.text("FilterQueryLanguage");
+    const String query = p.text("FilterQuery");
+    if (language.size() != 0 && query.size() == 0)
+    {
+        throw CIMException(CIM_ERR_FAILED,
+                           "filterQueryLanguage parameter without filterQuery parameter");
+    }
+    if (language.size() == 0 && query.size() != 0)
+    {
+        throw CIMException(CIM_ERR_FAILED,
+                           "filterQuery parameter without filterQueryLanguage parameter");
+    }
+    if (language.size() != 0)
+    {
+        throw CIMException(CIM_ERR_FILTERED_ENUMERATION_NOT_SUPPORTED,
+                           "Operation does not support FilterQuery parameters");
+    }
+    if (p.boolean("ContinueOnError", false))
+    {
+        throw CIMException(CIM_ERR_NOT_SUPPORTED, "ContinueOnError = true argument not supported.");
+    }
+    bool present = false;
+    const Uint32 max = p.uint32("MaxObjectCount", 0, present);
+    if (max > limits.maxObjectCount)
+    {
+        throw CIMException(CIM_ERR_INVALID_PARAMETER,
+                           "Operation maximum object count argument " +
+                               String(std::to_string(max).c_str()) +
+                               " too large. Maximum allowed: " +
+                               String(std::to_string(limits.maxObjectCount).c_str()) + ".");
+    }
+    Uint32 timeout = p.uint32("OperationTimeout", limits.defaultTimeout, present);
+    if (present && timeout == 0)
+    {
+        throw CIMException(CIM_ERR_INVALID_OPERATION_TIMEOUT,
+                           "Operation timeout value of 0 not allowed.");
+    }
+    if (timeout > limits.maxTimeout)
+    {
+        throw CIMException(CIM_ERR_INVALID_OPERATION_TIMEOUT,
+                           "Operation timeout too large. Maximum allowed: " +
+                               String(std::to_string(limits.maxTimeout).c_str()) + ".");
+    }
+
+    // Everything the operation yields, each object encoded as it will be sent.
+    std::deque<std::string> items;
+    auto addInstance = [&](const CIMObjectPath& path, const CIMConstInstance& instance) {
+        std::string item = "<VALUE.INSTANCEWITHPATH>";
+        cimxml::appendInstancePath(item, path, _hostName, ns);
+        cimxml::appendInstance(item, instance);
+        item += "</VALUE.INSTANCEWITHPATH>";
+        items.push_back(std::move(item));
+    };
+    auto addPath = [&](const CIMObjectPath& path) {
+        std::string item;
+        cimxml::appendInstancePath(item, path, _hostName, ns);
+        items.push_back(std::move(item));
+    };
+    if (enumerate)
+    {
+        CIMName name = p.className("ClassName", true);
+        summary.className = _className(name);
+        if (pathsOnly)
+        {
+            Array<CIMObjectPath> found = _dispatcher.enumerateInstanceNames(context, ns, name);
+            for (Uint32 i = 0; i < found.size(); ++i)
+            {
+                addPath(found[i]);
+            }
+        }
+        else
+        {
+            Array<CIMInstance> found = _dispatcher.enumerateInstances(
+                context, ns, name, p.boolean("DeepInheritance", true), false, false,
+                p.boolean("IncludeClassOrigin", false), p.propertyList());
+            for (Uint32 i = 0; i < found.size(); ++i)
+            {
+                addInstance(found[i].getPath(), found[i]);
+            }
+        }
+    }
+    else
+    {
+        CIMObjectPath name = p.instanceName("InstanceName");
+        summary.className = _className(name.getClassName());
+        if (name.getKeyBindings().size() == 0)
+        {
+            throw CIMException(CIM_ERR_INVALID_PARAMETER, "Full Model Path with keys required.");
+        }
+        const String role = p.text("Role");
+        if (pathsOnly)
+        {
+            Array<CIMObjectPath> found =
+                associators ? _dispatcher.associatorNames(context, ns, name,
+                                                          p.className("AssocClass", false),
+                                                          p.className("ResultClass", false), role,
+                                                          p.text("ResultRole"))
+                            : _dispatcher.referenceNames(
+                                  context, ns, name, p.className("ResultClass", false), role);
+            for (Uint32 i = 0; i < found.size(); ++i)
+            {
+                addPath(found[i]);
+            }
+        }
+        else
+        {
+            Array<CIMObject> found =
+                associators
+                    ? _dispatcher.associators(context, ns, name, p.className("AssocClass", false),
+                                              p.className("ResultClass", false), role,
+                                              p.text("ResultRole"), false,
+                                              p.boolean("IncludeClassOrigin", false),
+                                              p.propertyList())
+                    : _dispatcher.references(context, ns, name,
+                                             p.className("ResultClass", false), role, false,
+                                             p.boolean("IncludeClassOrigin", false),
+                                             p.propertyList());
+            for (Uint32 i = 0; i < found.size(); ++i)
+            {
+                if (found[i].isInstance())
+                {
+                    addInstance(found[i].getPath(), CIMConstInstance(found[i]));
+                }
+            }
+        }
+    }
+
+    out = "<IRETURNVALUE>";
+    for (Uint32 n = 0; n < max && !items.empty(); ++n)
+    {
+        out += items.front();
+        items.pop_front();
+    }
+    out += "</IRETURNVALUE>";
+    // Nothing left: the enumeration ends here and keeps no context.
+    const bool end = items.empty();
+    std::string name;
+    if (!end)
+    {
+        name = _contexts.open(user,
+                              pathsOnly ? EnumerationContexts::PATHS
+                                        : EnumerationContexts::INSTANCES,
+                              std::move(items), timeout);
+    }
+    _appendPullTrailer(out, end, name);
+    return true;
 }
 
 } // namespace orvhost

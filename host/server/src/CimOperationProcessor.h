@@ -2,6 +2,7 @@
 #define ORV_HOST_CIMOPERATIONPROCESSOR_H
 
 #include "CimXmlReader.h"
+#include "EnumerationContexts.h"
 #include "HttpTypes.h"
 
 #include <Pegasus/Common/String.h>
@@ -17,20 +18,25 @@ class CimOperationProcessor : public RequestHandler
 {
 public:
     /// hostName fills the HOST of returned paths that lack one.
-    CimOperationProcessor(Pegasus::CIMOMDispatcher& dispatcher, const Pegasus::String& hostName);
+    CimOperationProcessor(Pegasus::CIMOMDispatcher& dispatcher, const Pegasus::String& hostName,
+                          const EnumerationContexts::Limits& pullLimits = {});
 
     HttpResponse handle(const HttpRequest& request) override;
 
 private:
     std::string _dispatchIntrinsic(const CimRequest& request,
                                    const Pegasus::OperationContext& context,
-                                   RequestSummary& summary);
+                                   const std::string& user, RequestSummary& summary);
+    /// Open* and Pull* operations and CloseEnumeration; false for other names.
+    bool _dispatchPull(const CimRequest& request, const Pegasus::OperationContext& context,
+                       const std::string& user, RequestSummary& summary, std::string& out);
     std::string _dispatchExtrinsic(const CimRequest& request,
                                    const Pegasus::OperationContext& context,
                                    RequestSummary& summary);
 
     Pegasus::CIMOMDispatcher& _dispatcher;
     Pegasus::String _hostName;
+    EnumerationContexts _contexts;
 };
 
 } // namespace orvhost

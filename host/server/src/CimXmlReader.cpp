@@ -264,6 +264,97 @@ CIMObjectPath _objectPath(const xmlNode* node)
     _fault("unexpected " + _name(node) + " where an object path belongs");
 }
 
+bool _parseType(const std::string& text, CIMType& type);
+
+// One property of an INSTANCE: its value typed by the TYPE the client states
+// (text that does not fit that type is refused here).
+CIMProperty _property(const xmlNode* node)
+{
+    const std::string name = _requiredAttr(node, "NAME");
+    const CIMName propertyName = _cimName(name, "property name");
+    if (_is(node, "PROPERTY.REFERENCE"))
+    {
+        CIMValue value(CIMTYPE_REFERENCE, false);
+        for (const xmlNode* child : _children(node))
+        {
+            if (_is(child, "VALUE.REFERENCE"))
+            {
+                std::vector<const xmlNode*> inner = _children(child);
+                if (inner.size() != 1)
+                {
+                    _fault("VALUE.REFERENCE of " + name + " needs exactly one path");
+                }
+                value = CIMValue(_objectPath(inner[0]));
+            }
+        }
+        std::string refClass;
+        CIMName referenceClass;
+        if (_attr(node, "REFERENCECLASS", refClass))
+        {
+            referenceClass = _cimName(refClass, "reference class");
+        }
+        return CIMProperty(propertyName, value, 0, referenceClass);
+    }
+    const bool isArray = _is(node, "PROPERTY.ARRAY");
+    const std::string typeText = _requiredAttr(node, "TYPE");
+    CIMType type;
+    if (!_parseType(typeText, type) || type == CIMTYPE_REFERENCE)
+    {
+        _fault("property " + name + " has an unknown TYPE \"" + typeText + "\"");
+    }
+    for (const xmlNode* child : _children(node))
+    {
+        if (_is(child, "VALUE") && !isArray)
+        {
+            return CIMProperty(propertyName,
+                               cimom::convertTextValue(CIMValue(String(_text(child).c_str())), type,
+                                                       false, String(name.c_str())));
+        }
+        if (_is(child, "VALUE.ARRAY") && isArray)
+        {
+            Array<String> items;
+            for (const xmlNode* item : _children(child))
+            {
+                if (_is(item, "VALUE"))
+                {
+                    items.append(String(_text(item).c_str()));
+                }
+            }
+            return CIMProperty(propertyName, cimom::convertTextValue(CIMValue(items), type, true,
+                                                                     String(name.c_str())));
+        }
+        if (!_is(child, "QUALIFIER"))
+        {
+            _fault("unexpected " + _name(child) + " in property " + name);
+        }
+    }
+    return CIMProperty(propertyName, CIMValue(type, isArray));
+}
+
+CIMInstance _instance(const xmlNode* node)
+{
+    CIMInstance instance(_cimName(_requiredAttr(node, "CLASSNAME"), "class name"));
+    for (const xmlNode* child : _children(node))
+    {
+        if (_is(child, "PROPERTY") || _is(child, "PROPERTY.ARRAY") ||
+            _is(child, "PROPERTY.REFERENCE"))
+        {
+            CIMProperty property = _property(child);
+            if (instance.findProperty(property.getName()) != PEG_NOT_FOUND)
+            {
+                _fault("property " + std::string(property.getName().getString().getCString()) +
+                       " given twice");
+            }
+            instance.addProperty(property);
+        }
+        else if (!_is(child, "QUALIFIER"))
+        {
+            _fault("unexpected " + _name(child) + " in INSTANCE");
+        }
+    }
+    return instance;
+}
+
 IParam _iparam(const xmlNode* node)
 {
     IParam param;
@@ -306,6 +397,23 @@ IParam _iparam(const xmlNode* node)
     {
         param.kind = IParam::INSTANCE_NAME;
         param.path = _instanceName(value);
+    }
+    else if (_is(value, "INSTANCE"))
+    {
+        param.kind = IParam::INSTANCE;
+        param.instance = _instance(value);
+    }
+    else if (_is(value, "VALUE.NAMEDINSTANCE"))
+    {
+        std::vector<const xmlNode*> parts = _children(value);
+        if (parts.size() != 2 || !_is(parts[0], "INSTANCENAME") || !_is(parts[1], "INSTANCE"))
+        {
+            _fault("VALUE.NAMEDINSTANCE of " + param.name + " needs an INSTANCENAME and an INSTANCE");
+        }
+        param.kind = IParam::NAMED_INSTANCE;
+        param.path = _instanceName(parts[0]);
+        param.instance = _instance(parts[1]);
+        param.instance.setPath(param.path);
     }
     else
     {

@@ -1,6 +1,7 @@
 #ifndef ORV_HOST_CIMXMLREADER_H
 #define ORV_HOST_CIMXMLREADER_H
 
+#include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/CIMName.h>
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/CIMParamValue.h>
@@ -47,6 +48,8 @@ struct IParam
         VALUE_ARRAY,
         CLASS_NAME,
         INSTANCE_NAME,
+        INSTANCE,       ///< INSTANCE (a new instance)
+        NAMED_INSTANCE, ///< VALUE.NAMEDINSTANCE (a path and an instance)
         OTHER
     };
     std::string name;
@@ -55,6 +58,7 @@ struct IParam
     std::vector<std::string> texts;
     Pegasus::CIMName className;
     Pegasus::CIMObjectPath path;
+    Pegasus::CIMInstance instance;
     std::string element; ///< element name, for error texts
 };
 

@@ -407,7 +407,15 @@ TEST_F(ProcessorTest, CimErrorsAreErrorElements)
         Uint32 code;
     } cases[] = {
         {"provider error", "EnumerateInstances", cls, true, CIM_ERR_NOT_FOUND},
-        {"pull operation", "OpenEnumerateInstances", cls, false, CIM_ERR_NOT_SUPPORTED},
+        {"filtered pull", "OpenEnumerateInstances",
+         cls + "<IPARAMVALUE NAME=\"FilterQueryLanguage\"><VALUE>DMTF:FQL</VALUE></IPARAMVALUE>"
+               "<IPARAMVALUE NAME=\"FilterQuery\"><VALUE>x=1</VALUE></IPARAMVALUE>",
+         false, CIM_ERR_FILTERED_ENUMERATION_NOT_SUPPORTED},
+        {"pull from no context", "PullInstancesWithPath",
+         "<IPARAMVALUE NAME=\"EnumerationContext\"><VALUE>0123</VALUE></IPARAMVALUE>"
+         "<IPARAMVALUE NAME=\"MaxObjectCount\"><VALUE>5</VALUE></IPARAMVALUE>",
+         false, CIM_ERR_INVALID_ENUMERATION_CONTEXT},
+        {"class change", "CreateClass", "", false, CIM_ERR_NOT_SUPPORTED},
         {"unknown operation", "Frobnicate", "", false, CIM_ERR_NOT_SUPPORTED},
         {"unknown parameter", "EnumerateInstances", cls + "<IPARAMVALUE NAME=\"Bogus\"/>", false,
          CIM_ERR_INVALID_PARAMETER},
@@ -436,9 +444,11 @@ TEST_F(ProcessorTest, CimErrorsAreErrorElements)
         EXPECT_EQ(!dispatcher.call.empty(), c.providerFails) << c.what;
         _expectStrictXml(response.body);
     }
+    // OpenPegasus's form: the status name, ": ", then the text.
     dispatcher.fail = true;
     EXPECT_NE(processor.handle(_intrinsic("EnumerateInstances", cls))
-                  .body.find("DESCRIPTION=\"no such &quot;thing&quot; &lt;here&gt;\""),
+                  .body.find("DESCRIPTION=\"CIM_ERR_NOT_FOUND: no such &quot;thing&quot; "
+                             "&lt;here&gt;\""),
               std::string::npos);
 }
 

@@ -136,25 +136,27 @@ Array<CIMObjectPath> CIMOMHandle::enumerateInstanceNames(const OperationContext&
     return bound(_rep).enumerateInstanceNames(context, nameSpace, className);
 }
 
-CIMObjectPath CIMOMHandle::createInstance(const OperationContext&, const CIMNamespaceName&,
-                                          const CIMInstance&)
+CIMObjectPath CIMOMHandle::createInstance(const OperationContext& context,
+                                          const CIMNamespaceName& nameSpace,
+                                          const CIMInstance& newInstance)
 {
-    bound(_rep);
-    throw notSupported("createInstance");
+    return bound(_rep).createInstance(context, nameSpace, newInstance);
 }
 
-void CIMOMHandle::modifyInstance(const OperationContext&, const CIMNamespaceName&,
-                                 const CIMInstance&, Boolean, const CIMPropertyList&)
+void CIMOMHandle::modifyInstance(const OperationContext& context,
+                                 const CIMNamespaceName& nameSpace,
+                                 const CIMInstance& modifiedInstance, Boolean includeQualifiers,
+                                 const CIMPropertyList& propertyList)
 {
-    bound(_rep);
-    throw notSupported("modifyInstance");
+    bound(_rep).modifyInstance(context, nameSpace, modifiedInstance, includeQualifiers,
+                               propertyList);
 }
 
-void CIMOMHandle::deleteInstance(const OperationContext&, const CIMNamespaceName&,
-                                 const CIMObjectPath&)
+void CIMOMHandle::deleteInstance(const OperationContext& context,
+                                 const CIMNamespaceName& nameSpace,
+                                 const CIMObjectPath& instanceName)
 {
-    bound(_rep);
-    throw notSupported("deleteInstance");
+    bound(_rep).deleteInstance(context, nameSpace, instanceName);
 }
 
 Array<CIMObject> CIMOMHandle::execQuery(const OperationContext&, const CIMNamespaceName&,
@@ -207,18 +209,18 @@ Array<CIMObjectPath> CIMOMHandle::referenceNames(const OperationContext& context
     return bound(_rep).referenceNames(context, nameSpace, objectName, resultClass, role);
 }
 
-CIMValue CIMOMHandle::getProperty(const OperationContext&, const CIMNamespaceName&,
-                                  const CIMObjectPath&, const CIMName&)
+CIMValue CIMOMHandle::getProperty(const OperationContext& context,
+                                  const CIMNamespaceName& nameSpace,
+                                  const CIMObjectPath& instanceName, const CIMName& propertyName)
 {
-    bound(_rep);
-    throw notSupported("getProperty");
+    return bound(_rep).getProperty(context, nameSpace, instanceName, propertyName);
 }
 
-void CIMOMHandle::setProperty(const OperationContext&, const CIMNamespaceName&,
-                              const CIMObjectPath&, const CIMName&, const CIMValue&)
+void CIMOMHandle::setProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                              const CIMObjectPath& instanceName, const CIMName& propertyName,
+                              const CIMValue& newValue)
 {
-    bound(_rep);
-    throw notSupported("setProperty");
+    bound(_rep).setProperty(context, nameSpace, instanceName, propertyName, newValue);
 }
 
 CIMValue CIMOMHandle::invokeMethod(const OperationContext& context,

@@ -1,11 +1,51 @@
 #include <Pegasus/Sdk/CIMOMDispatcher.h>
 
+#include <Pegasus/Common/Exception.h>
+
 #include <atomic>
 
 PEGASUS_NAMESPACE_BEGIN
 
 CIMOMDispatcher::~CIMOMDispatcher()
 {
+}
+
+namespace
+{
+CIMException notRouted(const char* operation)
+{
+    return CIMException(CIM_ERR_NOT_SUPPORTED, String(operation) + " is not supported");
+}
+} // namespace
+
+CIMObjectPath CIMOMDispatcher::createInstance(const OperationContext&, const CIMNamespaceName&,
+                                              const CIMInstance&)
+{
+    throw notRouted("createInstance");
+}
+
+void CIMOMDispatcher::modifyInstance(const OperationContext&, const CIMNamespaceName&,
+                                     const CIMInstance&, Boolean, const CIMPropertyList&)
+{
+    throw notRouted("modifyInstance");
+}
+
+void CIMOMDispatcher::deleteInstance(const OperationContext&, const CIMNamespaceName&,
+                                     const CIMObjectPath&)
+{
+    throw notRouted("deleteInstance");
+}
+
+CIMValue CIMOMDispatcher::getProperty(const OperationContext&, const CIMNamespaceName&,
+                                      const CIMObjectPath&, const CIMName&)
+{
+    throw notRouted("getProperty");
+}
+
+void CIMOMDispatcher::setProperty(const OperationContext&, const CIMNamespaceName&,
+                                  const CIMObjectPath&, const CIMName&, const CIMValue&)
+{
+    throw notRouted("setProperty");
 }
 
 namespace Sdk

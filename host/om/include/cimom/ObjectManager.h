@@ -170,6 +170,33 @@ public:
                                    const Pegasus::Array<Pegasus::CIMParamValue>& inParameters,
                                    Pegasus::Array<Pegasus::CIMParamValue>& outParameters) override;
 
+    Pegasus::CIMObjectPath createInstance(const Pegasus::OperationContext& context,
+                                          const Pegasus::CIMNamespaceName& nameSpace,
+                                          const Pegasus::CIMInstance& newInstance) override;
+
+    void modifyInstance(const Pegasus::OperationContext& context,
+                        const Pegasus::CIMNamespaceName& nameSpace,
+                        const Pegasus::CIMInstance& modifiedInstance,
+                        Pegasus::Boolean includeQualifiers,
+                        const Pegasus::CIMPropertyList& propertyList) override;
+
+    void deleteInstance(const Pegasus::OperationContext& context,
+                        const Pegasus::CIMNamespaceName& nameSpace,
+                        const Pegasus::CIMObjectPath& instanceName) override;
+
+    /** Answered from the provider's getInstance, asked for that one property. */
+    Pegasus::CIMValue getProperty(const Pegasus::OperationContext& context,
+                                  const Pegasus::CIMNamespaceName& nameSpace,
+                                  const Pegasus::CIMObjectPath& instanceName,
+                                  const Pegasus::CIMName& propertyName) override;
+
+    /** Reaches the provider as a modifyInstance of that one property. */
+    void setProperty(const Pegasus::OperationContext& context,
+                     const Pegasus::CIMNamespaceName& nameSpace,
+                     const Pegasus::CIMObjectPath& instanceName,
+                     const Pegasus::CIMName& propertyName,
+                     const Pegasus::CIMValue& newValue) override;
+
 private:
     struct Impl;
     std::unique_ptr<Impl> _impl;

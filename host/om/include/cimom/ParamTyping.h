@@ -20,9 +20,9 @@ namespace cimom
     parameter, which becomes a CIMObjectPath. Parameters come back in the
     order given, typed (isTyped() true).
 
-    Errors: a parameter the method does not declare, or text that does not
-    fit the declared type, throws CIMException(CIM_ERR_INVALID_PARAMETER)
-    naming the parameter.
+    A parameter the method does not declare passes unchanged, for the
+    provider to judge. Text that does not fit the declared type throws
+    CIMException(CIM_ERR_INVALID_PARAMETER) naming the parameter.
 */
 Pegasus::Array<Pegasus::CIMParamValue> typeInParameters(
     const Pegasus::CIMMethod& method, const Pegasus::Array<Pegasus::CIMParamValue>& inParameters);

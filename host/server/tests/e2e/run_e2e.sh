@@ -160,8 +160,47 @@ raw raw-protocol 501 unsupported-protocol-version demo:demo-pw "$WORK/ok.xml" \
     -H 'CIMProtocolVersion: 9.0'
 raw raw-oversized 413 "" demo:demo-pw "$WORK/huge.xml"
 raw raw-get 405 "" demo:demo-pw "$WORK/ok.xml" -X GET
-METHOD=OpenEnumerateInstancePaths raw raw-pull 200 "" demo:demo-pw "$WORK/pull.xml"
-grep -q 'ERROR CODE="7"' "$WORK/raw-pull.body" || fail "raw-pull: expected CIM error 7"
+# Pull: open with a page of one, pull the rest page by page, as pywbem's
+# iterators do; a context is its opener's alone and ends when drained or closed.
+sed 's#</IPARAMVALUE></IMETHODCALL>#</IPARAMVALUE><IPARAMVALUE NAME="MaxObjectCount"><VALUE>1</VALUE></IPARAMVALUE></IMETHODCALL>#' \
+    "$WORK/pull.xml" >"$WORK/pull-open.xml"
+pull_request()   # OPERATION CONTEXT MAX: a request on an open enumeration
+{
+    local max=""
+    [ -n "$3" ] && max="<IPARAMVALUE NAME=\"MaxObjectCount\"><VALUE>$3</VALUE></IPARAMVALUE>"
+    printf '%s' "<?xml version=\"1.0\" encoding=\"utf-8\"?><CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"2\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ><IMETHODCALL NAME=\"$1\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"test\"/><NAMESPACE NAME=\"om\"/></LOCALNAMESPACEPATH><IPARAMVALUE NAME=\"EnumerationContext\"><VALUE>$2</VALUE></IPARAMVALUE>$max</IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>"
+}
+context_of() { sed -n 's#.*NAME="EnumerationContext"><VALUE>\([^<]*\)</VALUE>.*#\1#p' "$1"; }
+METHOD=OpenEnumerateInstancePaths raw raw-pull 200 "" demo:demo-pw "$WORK/pull-open.xml"
+ctx=$(context_of "$WORK/raw-pull.body")
+[ "$(grep -o '<INSTANCEPATH>' "$WORK/raw-pull.body" | wc -l)" = 1 ] && [ -n "$ctx" ] &&
+    grep -q 'NAME="EndOfSequence"><VALUE>FALSE' "$WORK/raw-pull.body" ||
+    fail "raw-pull: the open did not deliver one path and a context"
+pull_request PullInstancePaths "$ctx" 1 >"$WORK/pull-other.xml"
+METHOD=PullInstancePaths raw raw-pull-other-user 200 "" stranger:out-pw "$WORK/pull-other.xml"
+grep -q 'ERROR CODE="21"' "$WORK/raw-pull-other-user.body" ||
+    fail "raw-pull-other-user: another user's context must be unknown (21)"
+paths=1
+for _ in 1 2 3 4 5 6 7 8 9 10; do
+    pull_request PullInstancePaths "$ctx" 1 >"$WORK/pull-next.xml"
+    METHOD=PullInstancePaths raw raw-pull-next 200 "" demo:demo-pw "$WORK/pull-next.xml"
+    paths=$((paths + $(grep -o '<INSTANCEPATH>' "$WORK/raw-pull-next.body" | wc -l)))
+    grep -q 'NAME="EndOfSequence"><VALUE>TRUE' "$WORK/raw-pull-next.body" && break
+done
+grep -q 'NAME="EndOfSequence"><VALUE>TRUE' "$WORK/raw-pull-next.body" ||
+    fail "raw-pull-next: the enumeration never ended"
+all=$(grep -o '<INSTANCENAME' "$WORK/raw-ok.body" | wc -l)
+[ "$paths" = "$all" ] || fail "raw-pull: $paths paths pulled, $all enumerated"
+METHOD=PullInstancePaths raw raw-pull-drained 200 "" demo:demo-pw "$WORK/pull-next.xml"
+grep -q 'ERROR CODE="21"' "$WORK/raw-pull-drained.body" ||
+    fail "raw-pull-drained: a drained context must be gone (21)"
+METHOD=OpenEnumerateInstancePaths raw raw-pull-reopen 200 "" demo:demo-pw "$WORK/pull-open.xml"
+pull_request CloseEnumeration "$(context_of "$WORK/raw-pull-reopen.body")" "" >"$WORK/pull-close.xml"
+METHOD=CloseEnumeration raw raw-pull-close 200 "" demo:demo-pw "$WORK/pull-close.xml"
+grep -q 'ERROR' "$WORK/raw-pull-close.body" && fail "raw-pull-close: $(cat "$WORK/raw-pull-close.body")"
+METHOD=CloseEnumeration raw raw-pull-closed 200 "" demo:demo-pw "$WORK/pull-close.xml"
+grep -q 'ERROR CODE="21"' "$WORK/raw-pull-closed.body" ||
+    fail "raw-pull-closed: a closed context must be gone (21)"
 raw raw-bad-param 200 "" demo:demo-pw "$WORK/badparam.xml"
 grep -q 'ERROR CODE="4"' "$WORK/raw-bad-param.body" || fail "raw-bad-param: expected CIM error 4"
 

@@ -92,6 +92,29 @@ public:
                                   const CIMObjectPath& instanceName, const CIMName& methodName,
                                   const Array<CIMParamValue>& inParameters,
                                   Array<CIMParamValue>& outParameters) = 0;
+
+    // Instance changes and single properties. An object manager that does not
+    // route them answers CIM_ERR_NOT_SUPPORTED.
+    virtual CIMObjectPath createInstance(const OperationContext& context,
+                                         const CIMNamespaceName& nameSpace,
+                                         const CIMInstance& newInstance);
+
+    virtual void modifyInstance(const OperationContext& context,
+                                const CIMNamespaceName& nameSpace,
+                                const CIMInstance& modifiedInstance, Boolean includeQualifiers,
+                                const CIMPropertyList& propertyList);
+
+    virtual void deleteInstance(const OperationContext& context,
+                                const CIMNamespaceName& nameSpace,
+                                const CIMObjectPath& instanceName);
+
+    virtual CIMValue getProperty(const OperationContext& context,
+                                 const CIMNamespaceName& nameSpace,
+                                 const CIMObjectPath& instanceName, const CIMName& propertyName);
+
+    virtual void setProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                             const CIMObjectPath& instanceName, const CIMName& propertyName,
+                             const CIMValue& newValue);
 };
 
 namespace Sdk

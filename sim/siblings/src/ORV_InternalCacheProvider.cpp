@@ -82,7 +82,7 @@ void ORV_InternalCacheProvider::terminate()
 void ORV_InternalCacheProvider::_checkRequest(const OperationContext& context,
                                               const CIMObjectPath& path) const
 {
-    checkUser(context);
+    checkUserOrServerAccount(context);
     if (!path.getClassName().equal(CIMName(INTERNAL_CACHE_CLASS)))
     {
         throw CIMNotSupportedException(_text("class not served: ") +

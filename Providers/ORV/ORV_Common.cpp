@@ -14,6 +14,7 @@
 #include <Pegasus/Common/CIMStatusCode.h>
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/InternalException.h>
+#include <Pegasus/Provider/ProviderException.h>
 
 #include "ORV_InternalCacheService.h"
 #include "orvapi.h"

@@ -7,6 +7,7 @@
 // The sdk test target has no include path to platform/; the header is self-contained.
 #include "../../platform/include/ORV_ClientAddressContainer.h"
 #include <Pegasus/Common/OperationContext.h>
+#include <Pegasus/Common/OperationContextInternal.h>
 
 PEGASUS_USING_PEGASUS;
 

@@ -14,6 +14,7 @@
 #include <Pegasus/Provider/CIMInstanceProvider.h>
 #include <Pegasus/Provider/CIMMethodProvider.h>
 #include <Pegasus/Provider/CIMOMHandle.h>
+#include <Pegasus/Provider/ProviderException.h>
 #include <Pegasus/Sdk/CIMOMDispatcher.h>
 #include <Pegasus/Sdk/CollectingResponseHandlers.h>
 

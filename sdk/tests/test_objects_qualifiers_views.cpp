@@ -11,6 +11,7 @@
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/CIMQualifierDecl.h>
 #include <Pegasus/Provider/CIMOMHandle.h>
+#include <Pegasus/Provider/ProviderException.h>
 #include <Pegasus/Sdk/CIMOMDispatcher.h>
 #include <Pegasus/Sdk/CollectingResponseHandlers.h>
 

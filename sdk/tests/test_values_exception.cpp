@@ -5,6 +5,7 @@
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Common/MessageLoader.h>
+#include <Pegasus/Provider/ProviderException.h>
 
 #include <gtest/gtest.h>
 

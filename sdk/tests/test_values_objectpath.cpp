@@ -108,11 +108,27 @@ TEST(ObjectPathTest, ParseFindsPartsAndTypes)
     EXPECT_EQ(singleton.getKeyBindings().size(), 0u);
 }
 
+TEST(ObjectPathTest, ClassNameAndDotIsTheKeylessPath)
+{
+    // Clients write "Class." for a keyless path; OpenPegasus reads it as the
+    // class alone, with or without host and namespace.
+    for (const char* c : {"ORV_X.", "root/orv:ORV_X.", "//h/root/orv:ORV_X."})
+    {
+        CIMObjectPath path(c);
+        EXPECT_EQ(path.getClassName().getString(), "ORV_X") << c;
+        EXPECT_EQ(path.getKeyBindings().size(), 0u) << c;
+        const String withoutDot = String(c).subString(0, String(c).size() - 1);
+        EXPECT_TRUE(path.identical(CIMObjectPath(withoutDot))) << c;
+    }
+    // Only a trailing dot: a dot followed by anything but a key stays malformed.
+    EXPECT_THROW(CIMObjectPath("ORV_X.,"), MalformedObjectNameException);
+    EXPECT_THROW(CIMObjectPath("ORV_X.."), MalformedObjectNameException);
+}
+
 TEST(ObjectPathTest, MalformedTextIsRejectedAndLeavesPathUnchanged)
 {
     const char* cases[] = {
         "",
-        "C.",
         "C.k",
         "C.k=",
         "C.k=\"unterminated",

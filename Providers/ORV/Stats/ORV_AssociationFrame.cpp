@@ -3,6 +3,7 @@
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/CIMObject.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/ProviderException.h>
 
 #include "ORV_Common.h"
 #include "orvapi.h"

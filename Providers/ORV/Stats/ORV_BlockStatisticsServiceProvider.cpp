@@ -9,6 +9,7 @@
 #include <Pegasus/Common/CIMParamValue.h>
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/InternalException.h>
+#include <Pegasus/Provider/ProviderException.h>
 
 #include "ORV_BlockStatisticsManifestProvider.h"
 #include "ORV_ClientAddressContainer.h"

@@ -14,6 +14,7 @@
 #include <Pegasus/Common/CIMName.h>
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/Config.h>
+#include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/OperationContext.h>
 #include <Pegasus/Common/ResponseHandler.h>
 #include <Pegasus/Common/String.h>

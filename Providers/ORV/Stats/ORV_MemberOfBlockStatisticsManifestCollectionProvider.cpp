@@ -1,6 +1,7 @@
 #include "ORV_MemberOfBlockStatisticsManifestCollectionProvider.h"
 
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/ProviderException.h>
 
 #include "ORV_BlockStatisticsManifestCollectionProvider.h"
 #include "ORV_Common.h"

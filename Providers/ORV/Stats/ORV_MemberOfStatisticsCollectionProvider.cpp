@@ -1,6 +1,7 @@
 #include "ORV_MemberOfStatisticsCollectionProvider.h"
 
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/ProviderException.h>
 
 #include "ORV_Common.h"
 #include "ORV_StatisticsCollectionProvider.h"

@@ -4,6 +4,7 @@
 
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/ProviderException.h>
 
 #include "ORV_Common.h"
 #include "ORV_InstanceFrame.h"

@@ -5,6 +5,7 @@
 
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/ProviderException.h>
 
 #include "ORV_Common.h"
 #include "ORV_EthernetPortProvider.h"

@@ -1,6 +1,7 @@
 #include "ORV_StatisticsElementCapabilitiesProvider.h"
 
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/ProviderException.h>
 
 #include "ORV_BlockStatisticsCapabilitiesProvider.h"
 #include "ORV_BlockStatisticsServiceProvider.h"

@@ -342,8 +342,13 @@ void _parse(const String& text, String& host, CIMNamespaceName& nameSpace, CIMNa
         return;
     }
 
-    // Key bindings after the '.'.
+    // Key bindings after the '.'. A '.' with nothing after it names the class
+    // alone, as OpenPegasus reads it.
     i++;
+    if (i == n)
+    {
+        return;
+    }
     for (;;)
     {
         Uint32 eq = text.find(i, Char16('='));

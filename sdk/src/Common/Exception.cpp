@@ -202,29 +202,4 @@ void CIMException::addError(const CIMInstance& instance)
     _errors = errors;
 }
 
-CIMOperationFailedException::CIMOperationFailedException(const String& message)
-    : CIMException(CIM_ERR_FAILED, message)
-{
-}
-
-CIMAccessDeniedException::CIMAccessDeniedException(const String& message)
-    : CIMException(CIM_ERR_ACCESS_DENIED, message)
-{
-}
-
-CIMInvalidParameterException::CIMInvalidParameterException(const String& message)
-    : CIMException(CIM_ERR_INVALID_PARAMETER, message)
-{
-}
-
-CIMNotSupportedException::CIMNotSupportedException(const String& message)
-    : CIMException(CIM_ERR_NOT_SUPPORTED, message)
-{
-}
-
-CIMObjectNotFoundException::CIMObjectNotFoundException(const String& message)
-    : CIMException(CIM_ERR_NOT_FOUND, message)
-{
-}
-
 PEGASUS_NAMESPACE_END

@@ -1,4 +1,5 @@
 #include <Pegasus/Common/OperationContext.h>
+#include <Pegasus/Common/OperationContextInternal.h>
 
 #include <vector>
 

@@ -8,6 +8,7 @@
 #include <ORV_InternalCacheService.h>
 
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/ProviderException.h>
 
 PEGASUS_USING_PEGASUS;
 

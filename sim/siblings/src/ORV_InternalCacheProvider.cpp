@@ -10,6 +10,7 @@
 #include <Pegasus/Common/CIMParamValue.h>
 #include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/ProviderException.h>
 
 PEGASUS_USING_PEGASUS;
 
@@ -81,7 +82,7 @@ void ORV_InternalCacheProvider::terminate()
 void ORV_InternalCacheProvider::_checkRequest(const OperationContext& context,
                                               const CIMObjectPath& path) const
 {
-    checkUser(context);
+    checkUserOrServerAccount(context);
     if (!path.getClassName().equal(CIMName(INTERNAL_CACHE_CLASS)))
     {
         throw CIMNotSupportedException(_text("class not served: ") +

@@ -2,6 +2,11 @@
 
 #include <orvapi.h>
 
+#include <pwd.h>
+#include <unistd.h>
+
+#include <vector>
+
 #include <Pegasus/Common/Exception.h>
 
 PEGASUS_USING_PEGASUS;
@@ -29,6 +34,29 @@ void checkUser(const OperationContext& context)
     {
         throw CIMException(CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user");
     }
+}
+
+String serverAccount()
+{
+    struct passwd entry;
+    struct passwd* found = 0;
+    long size = sysconf(_SC_GETPW_R_SIZE_MAX);
+    std::vector<char> buffer(size > 0 ? size_t(size) : 16384);
+    if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || !found)
+    {
+        return String();
+    }
+    return String(found->pw_name);
+}
+
+void checkUserOrServerAccount(const OperationContext& context)
+{
+    const String user = userOf(context);
+    if (user.size() > 0 && user == serverAccount())
+    {
+        return;
+    }
+    checkUser(context);
 }
 
 } // namespace orvsib

@@ -16,6 +16,15 @@ Pegasus::String userOf(const Pegasus::OperationContext& context);
 // (CIM_ERR_ACCESS_DENIED).
 void checkUser(const Pegasus::OperationContext& context);
 
+// As checkUser, but also accepts the account this process runs under. A
+// server with authentication on runs its own local requests (a provider's
+// CIMClient::connectLocal) as the provider agent's OS user, root by default,
+// which the array's user list need not name.
+void checkUserOrServerAccount(const Pegasus::OperationContext& context);
+
+// The name of the OS account this process runs under; "" when it has none.
+Pegasus::String serverAccount();
+
 // Runs work and turns a failed management API call into CIM_ERR_FAILED with
 // a text that names the provider and the call.
 template <typename Work> void reportingApiFailures(const char* providerName, Work work);

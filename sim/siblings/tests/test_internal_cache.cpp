@@ -2,7 +2,10 @@
 // from the model, through the object manager and through a local client as
 // the statistics module asks them.
 
+#include "ProviderSupport.h"
 #include "SiblingsFixture.h"
+
+#include <orvapi.h>
 
 #include <Pegasus/Client/CIMClient.h>
 #include <Pegasus/Common/CIMParamValue.h>
@@ -116,4 +119,30 @@ TEST_F(InternalCache, RefusesWhatItCannotAnswer)
         std::string message;
         EXPECT_EQ(cases[i].second, statusOf(cases[i].first, &message)) << i << ": " << message;
     }
+}
+
+TEST_F(InternalCache, AnswersTheServersOwnAccountThatTheArrayDoesNotList)
+{
+    // A server with authentication on sends a provider's local requests under
+    // the provider agent's OS account; the module's initialize asks this cache
+    // that way, whether or not the array has a user of that name.
+    const String account = orvsib::serverAccount();
+    ASSERT_GT(account.size(), 0u);
+    const CString accountName = account.getCString();
+    ASSERT_NE(0, api_orvOpenForCimserver(accountName))
+        << "the model lists " << (const char*)accountName;
+
+    const Array<CIMParamValue> out = invoke("GetSystemName", accountName);
+    ASSERT_EQ(1u, out.size());
+    EXPECT_TRUE(out[0].getValue() == CIMValue(String("ORV-TEST-7")));
+    EXPECT_EQ(CIM_ERR_SUCCESS, statusOf(
+                                   [&]
+                                   {
+                                       objectManager().getInstance(contextFor(accountName),
+                                                                   INTERNAL, cachePath(), false,
+                                                                   false, false, CIMPropertyList());
+                                   }));
+
+    // Only that account: other names the array does not list stay refused.
+    EXPECT_EQ(CIM_ERR_ACCESS_DENIED, statusOf([] { invoke("GetSystemName", "mallory"); }));
 }

@@ -15,6 +15,7 @@
 #include <Pegasus/Provider/CIMInstanceProvider.h>
 #include <Pegasus/Provider/CIMMethodProvider.h>
 #include <Pegasus/Provider/CIMOMHandle.h>
+#include <Pegasus/Provider/ProviderException.h>
 
 #include <ORV_ClientAddressContainer.h>
 

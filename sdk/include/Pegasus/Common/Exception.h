@@ -183,37 +183,6 @@ private:
     std::shared_ptr<const std::vector<CIMInstance>> _errors;
 };
 
-// The exceptions that providers throw for the common failure codes.
-class PEGASUS_COMMON_LINKAGE CIMOperationFailedException : public CIMException
-{
-public:
-    CIMOperationFailedException(const String& message);
-};
-
-class PEGASUS_COMMON_LINKAGE CIMAccessDeniedException : public CIMException
-{
-public:
-    CIMAccessDeniedException(const String& message);
-};
-
-class PEGASUS_COMMON_LINKAGE CIMInvalidParameterException : public CIMException
-{
-public:
-    CIMInvalidParameterException(const String& message);
-};
-
-class PEGASUS_COMMON_LINKAGE CIMNotSupportedException : public CIMException
-{
-public:
-    CIMNotSupportedException(const String& message);
-};
-
-class PEGASUS_COMMON_LINKAGE CIMObjectNotFoundException : public CIMException
-{
-public:
-    CIMObjectNotFoundException(const String& message);
-};
-
 PEGASUS_NAMESPACE_END
 
 #endif

@@ -94,30 +94,6 @@ private:
     Uint32 _value;
 };
 
-// The language the requester prefers for messages.
-class PEGASUS_COMMON_LINKAGE LocaleContainer : virtual public OperationContext::Container
-{
-public:
-    static const String NAME;
-
-    LocaleContainer(const OperationContext::Container& container);
-    LocaleContainer(const String& languageId);
-    LocaleContainer(const LocaleContainer& container);
-    virtual ~LocaleContainer();
-    LocaleContainer& operator=(const LocaleContainer& container);
-
-    virtual String getName() const;
-    virtual OperationContext::Container* clone() const;
-    virtual void destroy();
-
-    String getLanguageId() const;
-
-private:
-    LocaleContainer();
-
-    String _languageId;
-};
-
 PEGASUS_NAMESPACE_END
 
 #endif

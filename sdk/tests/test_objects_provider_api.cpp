@@ -9,6 +9,7 @@
 
 #include <Pegasus/Client/CIMClient.h>
 #include <Pegasus/Common/CIMClass.h>
+#include <Pegasus/Common/MessageLoader.h> // InternalException.h needs it first
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Common/OperationContext.h>
 #include <Pegasus/Provider/CIMInstanceProvider.h>

@@ -8,6 +8,7 @@
 #include <Pegasus/Common/CIMObject.h>
 #include <Pegasus/Common/CIMParamValue.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/MessageLoader.h> // InternalException.h needs it first
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Provider/ProviderException.h>
 

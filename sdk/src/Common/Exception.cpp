@@ -1,5 +1,6 @@
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/MessageLoader.h> // InternalException.h needs it first
 #include <Pegasus/Common/InternalException.h>
 
 PEGASUS_NAMESPACE_BEGIN

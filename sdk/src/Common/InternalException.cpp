@@ -1,3 +1,4 @@
+#include <Pegasus/Common/MessageLoader.h> // InternalException.h needs it first
 #include <Pegasus/Common/InternalException.h>
 
 #include <cstdio>

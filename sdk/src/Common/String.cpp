@@ -1,4 +1,5 @@
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/MessageLoader.h> // InternalException.h needs it first
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Common/String.h>
 

@@ -9,6 +9,7 @@
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/MessageLoader.h> // InternalException.h needs it first
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Common/OperationContext.h>
 #include <Pegasus/Provider/CIMAssociationProvider.h>

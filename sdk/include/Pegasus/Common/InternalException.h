@@ -4,8 +4,10 @@
 #include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/Linkage.h>
-#include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/String.h>
+
+// Like OpenPegasus's, this internal header uses MessageLoaderParms without
+// declaring it: a unit includes <Pegasus/Common/MessageLoader.h> first.
 
 PEGASUS_NAMESPACE_BEGIN
 

@@ -992,8 +992,8 @@ int ORV_Common::_formatDateTime(const char* text, tm* out)
     out->tm_hour = field(8, 2);
     out->tm_min = field(10, 2);
     out->tm_sec = field(12, 2);
-    // The text is local time; let mktime work out daylight saving.
-    out->tm_isdst = -1;
+    // tm_isdst stays 0 from the clearing above: the text is read as local
+    // standard time, whatever the zone's daylight saving says.
     return 1;
 }
 

@@ -127,8 +127,8 @@ TEST(SharedState, ConcurrentFirstCallersSetUpOnce)
     }
     int status = 0;
     ASSERT_EQ(pid, waitpid(pid, &status, 0));
-    ASSERT_TRUE(WIFEXITED(status)) << "died by signal "
-                                   << (WIFSIGNALED(status) ? WTERMSIG(status) : 0);
+    ASSERT_TRUE(WIFEXITED(status))
+        << "died by signal " << (WIFSIGNALED(status) ? WTERMSIG(status) : 0);
     EXPECT_EQ(TRIAL_OK, WEXITSTATUS(status))
         << "1: wrong text, 2: seeded twice, 3: addresses asked twice";
 }

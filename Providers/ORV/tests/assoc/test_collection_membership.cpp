@@ -288,8 +288,8 @@ TEST_F(MembershipTest, StatisticsNamedBySuperclassReachTheMembership)
         Array<CIMObjectPath> collections = associatorNames(named, MEMBER_OF);
         ASSERT_EQ(1u, collections.size()) << superclass;
         EXPECT_EQ(str(statsCollID()), instanceID(collections[0])) << superclass;
-        Array<CIMObjectPath> memberships = om().referenceNames(contextFor(READER_USER), NS, named,
-                                                               MEMBER_OF, String());
+        Array<CIMObjectPath> memberships =
+            om().referenceNames(contextFor(READER_USER), NS, named, MEMBER_OF, String());
         ASSERT_EQ(1u, memberships.size()) << superclass;
         EXPECT_EQ(MEMBER_OF, memberships[0].getClassName()) << superclass;
     }

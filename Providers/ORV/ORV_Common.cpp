@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 
 #include <Pegasus/Client/CIMClient.h>
 #include <Pegasus/Common/CIMParamValue.h>
@@ -36,11 +37,16 @@ const int LOG_ERROR = 2;
 const int LOG_WARN = 3;
 const int LOG_TRACE = 4;
 
-// The management addresses are asked once per process.
+// The management addresses are asked once per process; request threads
+// share them, so they are filled and read under their lock.
+std::mutex g_ipAddrMutex;
 String g_ipv4Addr;
 String g_ipv6Addr;
 
 // Reentrant random state of generate_random_string, seeded on first use.
+// random_r is reentrant only per state, and the state is shared by all
+// request threads, so seeding and drawing are serialised.
+std::mutex g_randomMutex;
 bool g_randomSeeded = false;
 char g_randomStateBuf[256];
 struct random_data g_randomState;
@@ -497,6 +503,7 @@ String ORV_Common::getSystemIPAddr(int type)
         log_message(LOG_ERROR, "ORV_Common, getSystemIPAddr: Invalid IP type parameter!\n");
         return String();
     }
+    std::lock_guard<std::mutex> lock(g_ipAddrMutex);
     if (g_ipv4Addr.size() == 0)
     {
         api_ipaddr_t addr;
@@ -994,8 +1001,8 @@ int ORV_Common::_formatDateTime(const char* text, tm* out)
     out->tm_hour = field(8, 2);
     out->tm_min = field(10, 2);
     out->tm_sec = field(12, 2);
-    // The text is local time; let mktime work out daylight saving.
-    out->tm_isdst = -1;
+    // tm_isdst stays 0 from the clearing above: the text is read as local
+    // standard time, whatever the zone's daylight saving says.
     return 1;
 }
 
@@ -1030,6 +1037,7 @@ void ORV_Common::generate_random_string(char* str, unsigned int len)
     {
         assertFailed("len > 0 && str != NULL", __FILE__, __LINE__);
     }
+    std::lock_guard<std::mutex> lock(g_randomMutex);
     if (!g_randomSeeded)
     {
         memset(&g_randomState, 0, sizeof(g_randomState));

@@ -29,15 +29,16 @@ const String INSTANCE_ID_KEY("InstanceID");
 const String DEVICE_ID_KEY("DeviceID");
 const int LOG_ERROR = 2;
 
-// A failed management call ends the building; the caller's collect step
-// logs the count so far and passes the exception on.
-void apiFailed(const char* call, Sint32 status)
+// A failed management call ends the building and is reported in the volume
+// statistics' own words; the caller's collect step logs the count so far and
+// passes the exception on.
+void apiFailed(Sint32 status)
 {
-    log_message(LOG_ERROR, "%s: %s failed, status = %d\n", (const char*)ClassName.getCString(),
-                call, (int)status);
-    char text[160];
-    snprintf(text, sizeof(text), " %s failed, status = %d", call, (int)status);
-    throw CIMOperationFailedException(ClassName + text);
+    log_message(LOG_ERROR,
+                "ORV_VolumeStatisticalDataProvider::_buildVVInstances  getVVs_chunk() "
+                "failed, status = %d \n",
+                (int)status);
+    throw CIMOperationFailedException("Internal error.");
 }
 } // namespace
 
@@ -276,7 +277,7 @@ Array<CIMInstance> ORV_VolumeElementStatisticalDataProvider::_getRelatedInstance
                 [&]() { return api_getVolumeStats_chunk(&allstats, wwn, wwn_re, &cursor_id, 0); });
             if (status != 0)
             {
-                apiFailed("api_getVolumeStats_chunk", status);
+                apiFailed(status);
             }
             if (allstats.count == 0)
             {
@@ -314,7 +315,7 @@ Array<CIMInstance> ORV_VolumeElementStatisticalDataProvider::_getInstances(
                     [&]() { return api_getVVs_chunk(&vvs, &cursor_id, Family::CHUNK_SIZE); });
                 if (status != 0)
                 {
-                    apiFailed("api_getVVs_chunk", status);
+                    apiFailed(status);
                 }
                 for (Uint32 i = 0; i < vvs.count; i++)
                 {

@@ -271,6 +271,32 @@ TEST_F(TimeZoneTest, DateTimeTextParsing)
     EXPECT_EQ(0, (long)ORV_Common::getDateTime(zeroYear));
 }
 
+// The text is read with the broken-down time cleared, daylight saving flag
+// included: in summer a zone with daylight saving reads it as standard time.
+TEST_F(TimeZoneTest, DateTimeIsReadWithoutDaylightSaving)
+{
+    useZone("CET-1CEST,M3.5.0,M10.5.0/3");
+    struct Case
+    {
+        const char* text;
+        long seconds;
+    } cases[] = {
+        // 2024-07-01 12:00 at UTC+1 (not +2 as the zone's summer time says).
+        {"20240701120000.000000+120", 1719831600},
+        // Winter: standard time anyway.
+        {"20240115120000.000000+060", 1705316400},
+    };
+    for (const Case& c : cases)
+    {
+        CIMDateTime dt;
+        dt.set(c.text);
+        EXPECT_EQ(c.seconds, (long)ORV_Common::getDateTime(dt)) << c.text;
+        tm out;
+        ASSERT_EQ(1, ORV_Common::_formatDateTime(c.text, &out));
+        EXPECT_EQ(0, out.tm_isdst) << c.text;
+    }
+}
+
 TEST(Identifiers, ExtractFromInstanceID)
 {
     struct Case

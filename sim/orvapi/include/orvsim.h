@@ -109,7 +109,9 @@ void orvsim_set_time_us(int64_t microseconds);
  * Returns 0, or non-zero for an unknown call name or status 0. */
 int orvsim_set_fault(const char* call, int status, int after_n, int leave_alloc);
 int orvsim_set_fault_times(const char* call, int status, int after_n, int times, int leave_alloc);
-/* Parse "call=status[@after][*times][:alloc],..." as ORV_SIM_FAULTS does. */
+/* Parse "call=status[@after][*times][:alloc],..." as ORV_SIM_FAULTS does.
+ * For the chunked calls "call=empty[@after][*times]" makes the call succeed
+ * with no records and a cursor moved on but never 0. */
 int orvsim_set_faults_spec(const char* spec);
 void orvsim_clear_faults(void);
 
@@ -131,7 +133,7 @@ unsigned long orvsim_sem_waits(void);  /* successful waits */
 unsigned long orvsim_sem_posts(void);  /* successful posts */
 unsigned long orvsim_sem_bad_posts(void); /* posts by a thread not holding it */
 /* Queries that must be bracketed but were made by a thread not holding the
- * semaphore. */
+ * semaphore, and CPU queries made by a thread holding it. */
 unsigned long orvsim_unbracketed_calls(void);
 void orvsim_reset_sem_counters(void);
 

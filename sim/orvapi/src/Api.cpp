@@ -109,6 +109,21 @@ Window chunkWindow(size_t total, const uint32_t* cursor, uint32_t chunkSize)
     return {start, n, next < total ? static_cast<uint32_t>(next) : 0U};
 }
 
+// An armed empty chunk: success, no records, and a cursor moved past the
+// withheld records but never to 0, as a library may answer mid-walk.
+template <class Rec>
+int32_t answerEmptyChunk(const Window& w, uint32_t* cursor_id, uint32_t& count, Rec*& records)
+{
+    count = 0;
+    records = nullptr;
+    if (cursor_id)
+    {
+        const size_t next = w.start + w.n;
+        *cursor_id = next == 0 ? 1U : static_cast<uint32_t>(next);
+    }
+    return API_SUCCESS;
+}
+
 } // namespace
 
 extern "C" {
@@ -222,6 +237,10 @@ int32_t api_getVolumeStats_chunk(api_VolumesStats_t* out, uint64_t wwn, uint64_t
         single = total ? it->second : 0;
     }
     const Window w = chunkWindow(total, cursor_id, chunkSize);
+    if (q.gate.emptyChunk)
+    {
+        return answerEmptyChunk(w, cursor_id, out->count, out->stats);
+    }
     api_VolumeStats_t* recs = allocRecords<api_VolumeStats_t>(w.n, q.gate.leaveAlloc);
     if (!recs && (w.n || q.gate.leaveAlloc))
     {
@@ -258,6 +277,10 @@ int32_t api_getVVs_chunk(api_VVsInfo_t* out, uint32_t* cursor_id, uint32_t chunk
     }
     const std::vector<Volume>& vols = q.model->volumes;
     const Window w = chunkWindow(vols.size(), cursor_id, chunkSize);
+    if (q.gate.emptyChunk)
+    {
+        return answerEmptyChunk(w, cursor_id, out->count, out->vvs);
+    }
     api_VVInfo_t* recs = allocRecords<api_VVInfo_t>(w.n, q.gate.leaveAlloc);
     if (!recs && (w.n || q.gate.leaveAlloc))
     {
@@ -513,7 +536,9 @@ int32_t api_getVLunStats(uint32_t sel1, const char* vvName, int32_t lunid, int8_
         {
             continue;
         }
-        if (lunid != API_LUN_ALL && static_cast<int64_t>(r.lunID) != lunid)
+        // The selector is the caller's unsigned LUN number passed as signed
+        // 32 bits: compare the bits, not the widened values.
+        if (lunid != API_LUN_ALL && r.lunID != static_cast<uint32_t>(lunid))
         {
             continue;
         }

@@ -210,13 +210,9 @@ int orvsim_set_faults_spec(const char* spec)
     try
     {
         const std::vector<FaultSpec> faults = parseFaultSpec(spec);
-        CallId id;
         for (const FaultSpec& f : faults)
         {
-            if (!callFromName(f.call.c_str(), id) || f.status == 0)
-            {
-                throw ModelError("fault \"" + f.call + "\": unknown call or zero status");
-            }
+            checkFault(f);
         }
         for (const FaultSpec& f : faults)
         {

@@ -122,6 +122,9 @@ struct FaultSpec
     int afterN = 0;
     int times = 0;
     bool leaveAlloc = false;
+    // A chunked call answers success with no records and a cursor that is
+    // not 0 (status stays 0).
+    bool emptyChunk = false;
 };
 
 struct Model

@@ -535,7 +535,8 @@ void readNodeCpu(const json& c, const std::string& p, Node& n)
     s = cpustats{};
     s.cpustat_now = c.contains("now") ? static_cast<uint32_t>(asU64Max(c["now"], p + ".now", UINT32_MAX)) : 0;
     s.cpustat_ns = c.contains("ns") ? static_cast<uint32_t>(asU64Max(c["ns"], p + ".ns", UINT32_MAX)) : 0;
-    s.cpustat_ncpus = c.contains("ncpus") ? static_cast<uint32_t>(asU64Max(c["ncpus"], p + ".ncpus", UINT32_MAX)) : 0;
+    // The record holds 32 CPUs; a larger count would make readers overrun it.
+    s.cpustat_ncpus = c.contains("ncpus") ? static_cast<uint32_t>(asU64Max(c["ncpus"], p + ".ncpus", API_MAX_CPUS)) : 0;
     auto arr = [&](const char* key, uint64_t* dst) {
         if (!c.contains(key))
         {
@@ -1334,14 +1335,15 @@ void buildFaults(const json& root, Model& m)
     {
         const std::string path = "faults[" + std::to_string(i) + "]";
         const json& f = faults[i];
-        checkKeys(f, path, {"call", "status", "after", "times", "leaveAlloc"});
+        checkKeys(f, path, {"call", "status", "empty", "after", "times", "leaveAlloc"});
         FaultSpec s;
-        if (!f.contains("call") || !f.contains("status"))
+        s.emptyChunk = f.contains("empty") && asBool(f["empty"], path + ".empty");
+        if (!f.contains("call") || (!f.contains("status") && !s.emptyChunk))
         {
             fail(path, "a fault needs a call and a status");
         }
         s.call = asString(f["call"], path + ".call");
-        s.status = static_cast<int>(asI64(f["status"], path + ".status"));
+        s.status = f.contains("status") ? static_cast<int>(asI64(f["status"], path + ".status")) : 0;
         s.afterN = f.contains("after") ? static_cast<int>(asU64Max(f["after"], path + ".after", INT32_MAX)) : 0;
         s.times = f.contains("times") ? static_cast<int>(asU64Max(f["times"], path + ".times", INT32_MAX)) : 0;
         s.leaveAlloc = f.contains("leaveAlloc") && asBool(f["leaveAlloc"], path + ".leaveAlloc");
@@ -1472,7 +1474,16 @@ std::vector<FaultSpec> parseFaultSpec(const std::string& text)
         }
         char* p = nullptr;
         const char* s = rest.c_str();
-        f.status = static_cast<int>(std::strtol(s, &p, 0));
+        static const char kEmpty[] = "empty";
+        if (rest.compare(0, sizeof(kEmpty) - 1, kEmpty) == 0)
+        {
+            f.emptyChunk = true;
+            p = const_cast<char*>(s) + sizeof(kEmpty) - 1;
+        }
+        else
+        {
+            f.status = static_cast<int>(std::strtol(s, &p, 0));
+        }
         if (p == s)
         {
             throw ModelError("fault \"" + entry + "\": missing status");

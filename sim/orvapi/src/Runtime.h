@@ -40,7 +40,11 @@ struct Gate
 {
     int status = 0; // 0: proceed normally
     bool leaveAlloc = false;
+    bool emptyChunk = false; // answer with no records, cursor not 0
 };
+
+// Throws ModelError when the fault names no call that can fail that way.
+void checkFault(const FaultSpec& f);
 
 class Runtime
 {
@@ -53,7 +57,8 @@ public:
     void setFixedTimeUs(int64_t us);
 
     // Accounts the call and answers whether an armed fault fires. `bracketed`
-    // calls must be made by the thread holding the semaphore.
+    // calls must be made by the thread holding the semaphore; the CPU query
+    // must be made by a thread not holding it.
     Gate enter(CallId id, bool bracketed, std::string args);
 
     void armFault(const FaultSpec& f); // throws ModelError for unknown names

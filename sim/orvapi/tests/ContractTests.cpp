@@ -1,6 +1,8 @@
 // The call contracts that the statistics providers rely on.
 #include "SimFixture.h"
 
+#include <functional>
+
 #include <cstring>
 #include <set>
 #include <string>
@@ -247,6 +249,48 @@ INSTANTIATE_TEST_SUITE_P(
                       VLunCase{"unbound by port only", "", -5, -1, -1, -8, {4, 5}},
                       VLunCase{"unbound short ID query", "", 5, -1, -1, -1, {5}},
                       VLunCase{"no such lun", "", 99, -1, -1, -1, {}}));
+
+// LUN numbers are unsigned 32-bit while the selector is signed: both sides
+// compare as 32 bits, so the upper half of the range is reachable.
+TEST_F(SimTest, VLunNumbersCompareAs32BitValues)
+{
+    load(R"({"volumes": {"count": 0}, "vluns": {"items": [
+      {"lunID": 7, "vvName": "low", "node": 0, "slot": 1, "port": 1, "vlunType": 1, "hostHwid": "H1"},
+      {"lunID": 2147483648, "vvName": "mid", "node": 0, "slot": 1, "port": 1, "vlunType": 1, "hostHwid": "H2"},
+      {"lunID": 4294967290, "vvName": "top", "node": 0, "slot": 1, "port": 1, "vlunType": 1, "hostHwid": "H3"},
+      {"lunID": 4294967291, "vvName": "all", "node": 0, "slot": 1, "port": 1, "vlunType": 1, "hostHwid": "H4"}
+    ]}})");
+    const struct
+    {
+        uint32_t selector; // as the caller's LUN number, passed narrowed
+        std::vector<uint32_t> luns;
+    } cases[] = {
+        {7, {7}},
+        {2147483648u, {2147483648u}},
+        {4294967290u, {4294967290u}},
+        // The same 32 bits as the all-LUNs selector.
+        {4294967291u, {7, 2147483648u, 4294967290u, 4294967291u}},
+        {2147483649u, {}},
+    };
+    for (const auto& c : cases)
+    {
+        api_VLunsStats_t out{};
+        ASSERT_EQ(0, api_getVLunStats(0, "", static_cast<int32_t>(c.selector), -1, -1, -1, &out));
+        Freed<api_VLunStats_t> f{out.stats};
+        std::vector<uint32_t> luns;
+        for (uint32_t i = 0; i < out.count; ++i)
+        {
+            luns.push_back(out.stats[i].lunID);
+        }
+        EXPECT_EQ(c.luns, luns) << c.selector;
+    }
+    // A record numbered like the all-LUNs selector is no wildcard itself.
+    api_VLunsStats_t out{};
+    ASSERT_EQ(0, api_getVLunStats(0, "low", 7, -1, -1, -1, &out));
+    Freed<api_VLunStats_t> f{out.stats};
+    ASSERT_EQ(1u, out.count);
+    EXPECT_EQ(7u, out.stats[0].lunID);
+}
 
 TEST_F(SimTest, VLunTemplatesCarryNoHostAndTheUnboundPortID)
 {
@@ -549,6 +593,66 @@ TEST_F(SimTest, LeftBehindArraysAreMarkedAndTheCursorStays)
     EXPECT_NE(nullptr, second.stats);
     EXPECT_EQ(after, cursor);
     std::free(second.stats);
+}
+
+// An empty chunk whose cursor still says "more": a caller must stop on it
+// rather than ask again for ever.
+TEST_F(SimTest, EmptyChunkWithALiveCursorOnDemand)
+{
+    load(volumesModel(250));
+    const struct
+    {
+        const char* call;
+        std::function<int32_t(uint32_t*, uint32_t*)> invoke; // status; records
+    } cases[] = {
+        {"api_getVolumeStats_chunk",
+         [](uint32_t* cursor, uint32_t* count)
+         {
+             api_VolumesStats_t out{};
+             const int32_t rc =
+                 api_getVolumeStats_chunk(&out, API_WWN_ALL_VOLUMES, API_WWN_ALL_VOLUMES, cursor, 200);
+             std::free(out.stats);
+             *count = out.count;
+             return rc;
+         }},
+        {"api_getVVs_chunk",
+         [](uint32_t* cursor, uint32_t* count)
+         {
+             api_VVsInfo_t out{};
+             const int32_t rc = api_getVVs_chunk(&out, cursor, 200);
+             std::free(out.vvs);
+             *count = out.count;
+             return rc;
+         }},
+    };
+    for (const auto& c : cases)
+    {
+        for (int after : {0, 1})
+        {
+            orvsim_clear_faults();
+            const std::string spec = std::string(c.call) + "=empty@" + std::to_string(after) + "*1";
+            ASSERT_EQ(0, orvsim_set_faults_spec(spec.c_str())) << spec;
+            uint32_t cursor = 0;
+            uint32_t count = 0;
+            std::vector<uint32_t> counts;
+            std::vector<uint32_t> cursors;
+            do
+            {
+                ASSERT_EQ(0, c.invoke(&cursor, &count)) << spec;
+                counts.push_back(count);
+                cursors.push_back(cursor);
+            } while (cursor != 0 && counts.size() < 10);
+            // The withheld records are skipped: the cursor moves past them.
+            const std::vector<uint32_t> expectedCounts =
+                after == 0 ? std::vector<uint32_t>{0, 50} : std::vector<uint32_t>{200, 0, 0};
+            const std::vector<uint32_t> expectedCursors =
+                after == 0 ? std::vector<uint32_t>{200, 0} : std::vector<uint32_t>{200, 250, 0};
+            EXPECT_EQ(expectedCounts, counts) << spec;
+            EXPECT_EQ(expectedCursors, cursors) << spec;
+        }
+    }
+    // Only the chunked calls can answer empty.
+    EXPECT_NE(0, orvsim_set_faults_spec("api_getDiskStats=empty"));
 }
 
 TEST_F(SimTest, UnknownFaultsAreRefused)

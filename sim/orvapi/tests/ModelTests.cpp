@@ -390,6 +390,7 @@ INSTANTIATE_TEST_SUITE_P(
                       BadModel{R"({"volumes": {"count": 1, "items": [{}, {}]}})", "more items than count"},
                       BadModel{R"({"nodes": {"count": 9}})", "nodes.count"},
                       BadModel{R"({"nodes": {"items": [{"number": 1}, {"number": 1}]}})", "used twice"},
+                      BadModel{R"({"nodes": {"items": [{"cpu": {"ncpus": 33}}]}})", "nodes.items[0].cpu.ncpus"},
                       BadModel{R"({"volumes": {"items": [{"name": "0123456789012345678901234567890123"}]}})",
                                "volumes.items[0].name"},
                       BadModel{R"({"volumes": {"items": [{"wwn": "XYZ"}]}})", "volumes.items[0].wwn"},

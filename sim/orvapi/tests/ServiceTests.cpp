@@ -37,6 +37,20 @@ TEST_F(SimTest, SemaphoreCountsBracketsAndRefusesNesting)
     EXPECT_EQ(1u, orvsim_sem_posts());
 }
 
+// The CPU query is the one made without the semaphore: made while it is
+// held, it counts as a query outside its rule, like an unbracketed list.
+TEST_F(SimTest, CpuQueryUnderTheSemaphoreCounts)
+{
+    orvsim_reset_sem_counters();
+    cpustats cpu{};
+    EXPECT_EQ(0, api_getNodeCPUStats(0, &cpu, nullptr));
+    EXPECT_EQ(0u, orvsim_unbracketed_calls());
+    ASSERT_EQ(0, cim_sem_wait());
+    EXPECT_EQ(0, api_getNodeCPUStats(0, &cpu, nullptr));
+    EXPECT_EQ(0, cim_sem_post());
+    EXPECT_EQ(1u, orvsim_unbracketed_calls());
+}
+
 TEST_F(SimTest, InjectedSemaphoreFailures)
 {
     ASSERT_EQ(0, orvsim_set_faults_spec("cim_sem_wait=16@1*1"));

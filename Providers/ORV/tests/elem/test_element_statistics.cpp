@@ -541,6 +541,56 @@ TEST_F(ElementStatisticsTest, ManagementFailuresEndTheRequestWithTheCountSoFar)
     }
 }
 
+TEST_F(ElementStatisticsTest, ManagementFailuresUseTheStatisticsProvidersWords)
+{
+    const CIMObjectPath fcPort =
+        pathWith("ORV_FCPort", {{"DeviceID", "P-FC"}, {"SystemName", "0"}});
+    // The volume members log the volume statistics' own line; disks, ports
+    // and nodes have none, so only the frame's count line is written.
+    const char* const VOLUME_LINE =
+        "ORV_VolumeStatisticalDataProvider::_buildVVInstances  getVVs_chunk() failed, status = ";
+    const struct
+    {
+        const char* what;
+        const char* fault;
+        std::function<void()> request;
+        const char* line; // status appended, then " \n"; null: no such line
+    } cases[] = {
+        {"volume list", "api_getVVs_chunk=5",
+         [&]() { enumerateInstanceNames(READER_USER, VOLUME.className); }, "5"},
+        {"a volume's statistics", "api_getVolumeStats_chunk=7",
+         [&]() { associatorNames(volumePath(VOLUME_A), VOLUME); }, "7"},
+        {"semaphore before a volume's statistics", "cim_sem_wait=35",
+         [&]() { associatorNames(volumePath(VOLUME_A), VOLUME); }, "35"},
+        {"disk list", "api_getDiskStats=5",
+         [&]() { enumerateInstanceNames(READER_USER, DISK.className); }, nullptr},
+        {"port list", "api_getPortStats=5", [&]() { associatorNames(fcPort, PORT); }, nullptr},
+        {"node list", "api_getNodes=5", [&]() { enumerateInstances(READER_USER, NODE.className); },
+         nullptr},
+    };
+    for (const auto& c : cases)
+    {
+        loadModelJson(MODEL);
+        ASSERT_EQ(0, orvsim_set_faults_spec(c.fault)) << c.fault;
+        CimOutcome outcome;
+        const std::string log =
+            captureLog([&]() { outcome = runCatching([&]() { c.request(); }); });
+        orvsim_clear_faults();
+        EXPECT_EQ(CIM_ERR_FAILED, outcome.code) << c.what;
+        EXPECT_EQ("Internal error.", outcome.message) << c.what;
+        if (c.line)
+        {
+            EXPECT_NE(std::string::npos, log.find(std::string(VOLUME_LINE) + c.line + " \n"))
+                << c.what << "\n"
+                << log;
+        }
+        else
+        {
+            EXPECT_EQ(std::string::npos, log.find("failed, status")) << c.what << "\n" << log;
+        }
+    }
+}
+
 TEST_F(ElementStatisticsTest, ResultClassFiltersOfEachMember)
 {
     const std::string sys = simSystemName();

@@ -264,6 +264,8 @@ TEST_F(StatsFailureTest, NodePartialFailuresDegradeTheFigures)
     orvsim_reset_sem_counters();
     enumerateInstances(READER_USER, NODE);
     EXPECT_EQ(3ul, orvsim_sem_waits());
+    // Neither a list query outside it nor a CPU query inside it.
+    EXPECT_EQ(0ul, orvsim_unbracketed_calls());
 }
 
 TEST_F(StatsFailureTest, ChunkFailureEndsEnumerationAfterDeliveredChunks)

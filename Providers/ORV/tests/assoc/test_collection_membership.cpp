@@ -275,25 +275,6 @@ TEST_F(MembershipTest, AssociatorsLeadFromTheCollectionToItsMembersAndBack)
     EXPECT_EQ(str(statsCollID()), instanceID(fromSuper[0]));
 }
 
-// A client may name a statistics instance by either superclass; the object
-// manager must then still hand the request to the membership provider.
-TEST_F(MembershipTest, StatisticsNamedBySuperclassReachTheMembership)
-{
-    std::map<std::string, CIMObjectPath> stats = statisticsByClass();
-    ASSERT_EQ(1u, stats.count("ORV_DiskStatisticalData"));
-    for (const char* superclass : {"CIM_BlockStorageStatisticalData", "CIM_StatisticalData"})
-    {
-        CIMObjectPath named = stats["ORV_DiskStatisticalData"];
-        named.setClassName(superclass);
-        Array<CIMObjectPath> collections = associatorNames(named, MEMBER_OF);
-        ASSERT_EQ(1u, collections.size()) << superclass;
-        EXPECT_EQ(str(statsCollID()), instanceID(collections[0])) << superclass;
-        Array<CIMObjectPath> memberships =
-            om().referenceNames(contextFor(READER_USER), NS, named, MEMBER_OF, String());
-        ASSERT_EQ(1u, memberships.size()) << superclass;
-        EXPECT_EQ(MEMBER_OF, memberships[0].getClassName()) << superclass;
-    }
-}
 
 TEST_F(MembershipTest, ResultClassFilterIsAcceptedButNotAppliedByTheProvider)
 {

@@ -151,17 +151,16 @@ InteropProvider::InteropProvider(const InteropSettings& settings,
 
 std::vector<CIMNamespaceName> InteropProvider::interopNamespaces()
 {
-    return {CIMNamespaceName("interop"), CIMNamespaceName("root/interop"),
-            REGISTRATION_NAMESPACE};
+    return {CIMNamespaceName("interop"), CIMNamespaceName("root/interop"), REGISTRATION_NAMESPACE};
 }
 
 std::vector<std::pair<CIMName, bool>> InteropProvider::servedClasses()
 {
-    return {{COMPUTER_SYSTEM, false},           {OBJECT_MANAGER, false},
-            {NAMESPACE, false},                 {CIMXML_MECHANISM, false},
-            {REGISTERED_PROFILE, false},        {HOSTED_SERVICE, true},
-            {NAMESPACE_IN_MANAGER, true},       {COMM_MECHANISM_FOR_MANAGER, true},
-            {ELEMENT_CONFORMS, true},           {REFERENCED_PROFILE, true}};
+    return {{COMPUTER_SYSTEM, false},     {OBJECT_MANAGER, false},
+            {NAMESPACE, false},           {CIMXML_MECHANISM, false},
+            {REGISTERED_PROFILE, false},  {HOSTED_SERVICE, true},
+            {NAMESPACE_IN_MANAGER, true}, {COMM_MECHANISM_FOR_MANAGER, true},
+            {ELEMENT_CONFORMS, true},     {REFERENCED_PROFILE, true}};
 }
 
 void InteropProvider::install(ObjectManager& om, const InteropSettings& settings)
@@ -185,8 +184,8 @@ void InteropProvider::install(ObjectManager& om, const InteropSettings& settings
         caps.addProperty(CIMProperty(CIMName("CapabilityID"), served.first.getString()));
         caps.addProperty(CIMProperty(CIMName("ClassName"), served.first.getString()));
         caps.addProperty(CIMProperty(CIMName("Namespaces"), namespaces));
-        caps.addProperty(CIMProperty(CIMName("ProviderType"),
-                                     served.second ? uint16s({2, 3}) : uint16s({2})));
+        caps.addProperty(
+            CIMProperty(CIMName("ProviderType"), served.second ? uint16s({2, 3}) : uint16s({2})));
         registration.push_back(caps);
     }
 
@@ -195,7 +194,8 @@ void InteropProvider::install(ObjectManager& om, const InteropSettings& settings
     ObjectManager* manager = &om;
     om.addBuiltInModule(
         MODULE_NAME,
-        [manager, settings](const String& name) -> CIMProvider* {
+        [manager, settings](const String& name) -> CIMProvider*
+        {
             if (!String::equal(name, PROVIDER_NAME))
             {
                 return nullptr;
@@ -211,7 +211,8 @@ void InteropProvider::initialize(CIMOMHandle& cimom)
 {
     _cimom = cimom;
     OperationContext none;
-    auto definition = [&](const char* name) {
+    auto definition = [&](const char* name)
+    {
         return _cimom.getClass(none, REGISTRATION_NAMESPACE, CIMName(name), false, true, false,
                                CIMPropertyList());
     };
@@ -231,8 +232,8 @@ void InteropProvider::terminate()
 
 CIMInstance InteropProvider::_skeleton(const CIMNamespaceName& ns, const CIMName& className)
 {
-    CIMClass cls = _cimom.getClass(OperationContext(), ns, className, false, true, false,
-                                   CIMPropertyList());
+    CIMClass cls =
+        _cimom.getClass(OperationContext(), ns, className, false, true, false, CIMPropertyList());
     return cls.buildInstance(false, false, CIMPropertyList());
 }
 
@@ -251,11 +252,13 @@ std::vector<CIMInstance> InteropProvider::_instances(const OperationContext& con
                                                      const CIMName& className)
 {
     std::vector<CIMInstance> result;
-    auto add = [&](CIMInstance instance) {
+    auto add = [&](CIMInstance instance)
+    {
         instance.setPath(_pathOf(instance, ns));
         result.push_back(instance);
     };
-    auto systemKeys = [&](CIMInstance& instance) {
+    auto systemKeys = [&](CIMInstance& instance)
+    {
         set(instance, "SystemCreationClassName", COMPUTER_SYSTEM.getString());
         set(instance, "SystemName", _settings.hostName);
     };
@@ -299,7 +302,7 @@ std::vector<CIMInstance> InteropProvider::_instances(const OperationContext& con
     else if (className.equal(CIMXML_MECHANISM))
     {
         const std::pair<const char*, Uint32> endpoints[] = {{"http", _settings.httpPort},
-                                                           {"https", _settings.httpsPort}};
+                                                            {"https", _settings.httpsPort}};
         for (const auto& endpoint : endpoints)
         {
             if (endpoint.second == 0)
@@ -355,7 +358,8 @@ std::vector<CIMInstance> InteropProvider::_associations(const OperationContext& 
                                                         const CIMName& className)
 {
     std::vector<std::pair<CIMObjectPath, CIMObjectPath>> pairs;
-    auto pathsOf = [&](const CIMName& cls) {
+    auto pathsOf = [&](const CIMName& cls)
+    {
         std::vector<CIMObjectPath> paths;
         for (const CIMInstance& instance : _instances(context, ns, cls))
         {
@@ -363,7 +367,8 @@ std::vector<CIMInstance> InteropProvider::_associations(const OperationContext& 
         }
         return paths;
     };
-    auto pairEach = [&](const CIMName& left, const CIMName& right) {
+    auto pairEach = [&](const CIMName& left, const CIMName& right)
+    {
         std::vector<CIMObjectPath> lefts = pathsOf(left);
         for (const CIMObjectPath& l : lefts)
         {
@@ -373,7 +378,8 @@ std::vector<CIMInstance> InteropProvider::_associations(const OperationContext& 
             }
         }
     };
-    auto profilePath = [&](const String& instanceID) {
+    auto profilePath = [&](const String& instanceID)
+    {
         Array<CIMKeyBinding> keys;
         keys.append(CIMKeyBinding(CIMName("InstanceID"), instanceID, CIMKeyBinding::STRING));
         return CIMObjectPath(_settings.hostName, ns, REGISTERED_PROFILE, keys);
@@ -473,8 +479,8 @@ void InteropProvider::getInstance(const OperationContext& context,
                                   const Boolean, const CIMPropertyList&,
                                   InstanceResponseHandler& handler)
 {
-    for (const CIMInstance& instance : _instances(context, instanceReference.getNameSpace(),
-                                                  instanceReference.getClassName()))
+    for (const CIMInstance& instance :
+         _instances(context, instanceReference.getNameSpace(), instanceReference.getClassName()))
     {
         if (samePath(instance.getPath(), instanceReference))
         {
@@ -540,8 +546,7 @@ void InteropProvider::deleteInstance(const OperationContext&, const CIMObjectPat
     _refuse("deleteInstance");
 }
 
-void InteropProvider::associators(const OperationContext& context,
-                                  const CIMObjectPath& objectName,
+void InteropProvider::associators(const OperationContext& context, const CIMObjectPath& objectName,
                                   const CIMName& associationClass, const CIMName&,
                                   const String& role, const String& resultRole, const Boolean,
                                   const Boolean, const CIMPropertyList&,
@@ -566,8 +571,8 @@ void InteropProvider::associators(const OperationContext& context,
         else
         {
             // An element of another namespace, fetched as its caller may see it.
-            other = _cimom.getInstance(context, ns, link.to, false, false, false,
-                                       CIMPropertyList());
+            other =
+                _cimom.getInstance(context, ns, link.to, false, false, false, CIMPropertyList());
             other.setPath(link.to);
         }
         if (!other.isUninitialized())
@@ -593,10 +598,9 @@ void InteropProvider::associatorNames(const OperationContext& context,
     handler.complete();
 }
 
-void InteropProvider::references(const OperationContext& context,
-                                 const CIMObjectPath& objectName,
-                                 const CIMName& associationClass, const String& role,
-                                 const Boolean, const Boolean, const CIMPropertyList&,
+void InteropProvider::references(const OperationContext& context, const CIMObjectPath& objectName,
+                                 const CIMName& associationClass, const String& role, const Boolean,
+                                 const Boolean, const CIMPropertyList&,
                                  ObjectResponseHandler& handler)
 {
     std::vector<Link> links = _links(context, objectName, associationClass, role, String());

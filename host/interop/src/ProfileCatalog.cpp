@@ -166,8 +166,8 @@ public:
 
     Uint16 organizationNumber(const String& organization)
     {
-        String number = translate(_registered, "RegisteredOrganization", organization, VALUES,
-                                  VALUE_MAP);
+        String number =
+            translate(_registered, "RegisteredOrganization", organization, VALUES, VALUE_MAP);
         if (number.size() == 0)
         {
             return OTHER_ORGANIZATION;
@@ -236,9 +236,9 @@ ProfileCatalog ProfileCatalog::build(const std::vector<CIMInstance>& registratio
                  readString(instance, "ProviderName", provider) &&
                  readString(instance, "ClassName", className) && CIMName::legal(className))
         {
-            capabilities.push_back(Capability{module, provider, CIMName(className),
-                                              readArray<String>(instance, "Namespaces",
-                                                                CIMTYPE_STRING)});
+            capabilities.push_back(
+                Capability{module, provider, CIMName(className),
+                           readArray<String>(instance, "Namespaces", CIMTYPE_STRING)});
         }
     }
 
@@ -334,9 +334,9 @@ ProfileCatalog ProfileCatalog::build(const std::vector<CIMInstance>& registratio
             continue;
         }
 
-        auto existing = std::find_if(
-            catalog._profiles.begin(), catalog._profiles.end(),
-            [&](const ProfileRecord& p) { return p.instanceID == record.instanceID; });
+        auto existing =
+            std::find_if(catalog._profiles.begin(), catalog._profiles.end(),
+                         [&](const ProfileRecord& p) { return p.instanceID == record.instanceID; });
         if (existing == catalog._profiles.end())
         {
             catalog._profiles.push_back(record);
@@ -387,8 +387,8 @@ ProfileCatalog ProfileCatalog::build(const std::vector<CIMInstance>& registratio
                                     otherAntecedents, otherAntecedentOrgs, nextAntecedent, aOrg,
                                     aName, where) ||
                 !reader.profileName(referencedProfilesClass, "DependentProfiles", dependents[i],
-                                    otherDependents, otherDependentOrgs, nextDependent, dOrg,
-                                    dName, where))
+                                    otherDependents, otherDependentOrgs, nextDependent, dOrg, dName,
+                                    where))
             {
                 break;
             }

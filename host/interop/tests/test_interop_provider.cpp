@@ -40,7 +40,8 @@ OperationContext as(const char* user)
 
 cimom::ObjectManager& om()
 {
-    static std::unique_ptr<cimom::ObjectManager> manager = [] {
+    static std::unique_ptr<cimom::ObjectManager> manager = []
+    {
         auto m = std::make_unique<cimom::ObjectManager>();
         m->loadManifest(std::string(ORV_SOURCE_ROOT) + "/schema/load-order.txt", ORV_SOURCE_ROOT);
         m->setHostName("testhost");
@@ -65,7 +66,8 @@ CIMObjectPath profilePath(const char* id)
 std::string value(const CIMInstance& instance, const char* name)
 {
     Uint32 pos = instance.findProperty(CIMName(name));
-    return pos == PEG_NOT_FOUND ? "<absent>" : text(instance.getProperty(pos).getValue().toString());
+    return pos == PEG_NOT_FOUND ? "<absent>"
+                                : text(instance.getProperty(pos).getValue().toString());
 }
 
 TEST(InteropProviderTest, EveryInteropNamespaceAnswersTheSame)
@@ -77,9 +79,12 @@ TEST(InteropProviderTest, EveryInteropNamespaceAnswersTheSame)
     };
     // One object manager and its system, the two endpoints, two profiles.
     const std::vector<Case> cases = {
-        {"CIM_ObjectManager", 1},      {"CIM_ComputerSystem", 1},
-        {"CIM_CIMXMLCommunicationMechanism", 2}, {"CIM_RegisteredProfile", 2},
-        {"CIM_HostedService", 1},      {"CIM_CommMechanismForManager", 2},
+        {"CIM_ObjectManager", 1},
+        {"CIM_ComputerSystem", 1},
+        {"CIM_CIMXMLCommunicationMechanism", 2},
+        {"CIM_RegisteredProfile", 2},
+        {"CIM_HostedService", 1},
+        {"CIM_CommMechanismForManager", 2},
         {"CIM_ReferencedProfile", 1},
     };
     const size_t namespaces = om().repository().enumerateNamespaces().size();
@@ -88,9 +93,9 @@ TEST(InteropProviderTest, EveryInteropNamespaceAnswersTheSame)
         for (const Case& c : cases)
         {
             SCOPED_TRACE(std::string(ns) + " " + c.className);
-            Array<CIMInstance> found = om().enumerateInstances(
-                as("demo"), CIMNamespaceName(ns), CIMName(c.className), true, false, false,
-                false, CIMPropertyList());
+            Array<CIMInstance> found =
+                om().enumerateInstances(as("demo"), CIMNamespaceName(ns), CIMName(c.className),
+                                        true, false, false, false, CIMPropertyList());
             EXPECT_EQ(c.count, found.size());
             for (Uint32 i = 0; i < found.size(); i++)
             {
@@ -118,9 +123,9 @@ TEST(InteropProviderTest, RegisteredProfilesAsOpenPegasusBuildsThem)
     for (const Case& c : {Case{BSP_ID, "Block Server Performance"}, Case{ARRAY_ID, "Array"}})
     {
         SCOPED_TRACE(c.id);
-        CIMInstance profile = om().getInstance(as("demo"), CIMNamespaceName("interop"),
-                                               profilePath(c.id), false, false, false,
-                                               CIMPropertyList());
+        CIMInstance profile =
+            om().getInstance(as("demo"), CIMNamespaceName("interop"), profilePath(c.id), false,
+                             false, false, CIMPropertyList());
         EXPECT_EQ(c.name, value(profile, "RegisteredName"));
         EXPECT_EQ("1.1.0", value(profile, "RegisteredVersion"));
         EXPECT_EQ("11", value(profile, "RegisteredOrganization"));
@@ -139,14 +144,26 @@ TEST(InteropProviderTest, DiscoveryWalk)
         std::vector<std::string> expected; // "namespace:class" of each associated object
     };
     const std::vector<Case> cases = {
-        {"the statistics profile to the block statistics service", BSP_ID,
-         "CIM_ElementConformsToProfile", "", {"root/orv:ORV_BlockStatisticsService"}},
-        {"the array profile to the storage system", ARRAY_ID, "CIM_ElementConformsToProfile", "",
+        {"the statistics profile to the block statistics service",
+         BSP_ID,
+         "CIM_ElementConformsToProfile",
+         "",
+         {"root/orv:ORV_BlockStatisticsService"}},
+        {"the array profile to the storage system",
+         ARRAY_ID,
+         "CIM_ElementConformsToProfile",
+         "",
          {"root/orv:ORV_StorageSystem"}},
-        {"the statistics profile up to the array profile", BSP_ID, "CIM_ReferencedProfile",
-         "Dependent", {"interop:CIM_RegisteredProfile"}},
-        {"the array profile down to the statistics profile", ARRAY_ID, "CIM_ReferencedProfile",
-         "Antecedent", {"interop:CIM_RegisteredProfile"}},
+        {"the statistics profile up to the array profile",
+         BSP_ID,
+         "CIM_ReferencedProfile",
+         "Dependent",
+         {"interop:CIM_RegisteredProfile"}},
+        {"the array profile down to the statistics profile",
+         ARRAY_ID,
+         "CIM_ReferencedProfile",
+         "Antecedent",
+         {"interop:CIM_RegisteredProfile"}},
         {"a role the profile does not play", ARRAY_ID, "CIM_ReferencedProfile", "Dependent", {}},
     };
     for (const Case& c : cases)
@@ -184,9 +201,9 @@ TEST(InteropProviderTest, SameAccessRulesAsEveryRequest)
     // interop namespace passes the refusal on rather than hiding it.
     try
     {
-        om().associatorNames(as("no_such_user"), CIMNamespaceName("interop"),
-                             profilePath(BSP_ID), CIMName("CIM_ElementConformsToProfile"),
-                             CIMName(), String(), String());
+        om().associatorNames(as("no_such_user"), CIMNamespaceName("interop"), profilePath(BSP_ID),
+                             CIMName("CIM_ElementConformsToProfile"), CIMName(), String(),
+                             String());
         FAIL() << "expected a refusal";
     }
     catch (const CIMException& e)
@@ -197,21 +214,27 @@ TEST(InteropProviderTest, SameAccessRulesAsEveryRequest)
 
 TEST(InteropProviderTest, ReadOnly)
 {
-    CIMInstance profile = om().getInstance(as("demo"), CIMNamespaceName("interop"),
-                                           profilePath(BSP_ID), false, false, false,
-                                           CIMPropertyList());
+    CIMInstance profile =
+        om().getInstance(as("demo"), CIMNamespaceName("interop"), profilePath(BSP_ID), false, false,
+                         false, CIMPropertyList());
     struct Case
     {
         const char* operation;
         std::function<void()> run;
     };
     const std::vector<Case> cases = {
-        {"modify", [&] { om().modifyInstance(as("demo"), CIMNamespaceName("interop"), profile,
-                                             false, CIMPropertyList()); }},
+        {"modify",
+         [&]
+         {
+             om().modifyInstance(as("demo"), CIMNamespaceName("interop"), profile, false,
+                                 CIMPropertyList());
+         }},
         {"create", [&] { om().createInstance(as("demo"), CIMNamespaceName("interop"), profile); }},
-        {"delete", [&] { om().deleteInstance(as("demo"), CIMNamespaceName("interop"),
-                                             profilePath(BSP_ID)); }},
-        {"get a profile that is not registered", [&] {
+        {"delete", [&]
+         { om().deleteInstance(as("demo"), CIMNamespaceName("interop"), profilePath(BSP_ID)); }},
+        {"get a profile that is not registered",
+         [&]
+         {
              om().getInstance(as("demo"), CIMNamespaceName("interop"),
                               profilePath("SNIA+Array+9.9.9"), false, false, false,
                               CIMPropertyList());
@@ -241,9 +264,8 @@ TEST(InteropProviderTest, ReadOnly)
 TEST(RegistrationMofTest, ProfilesNameClassesThatExist)
 {
     const cimrepo::ClassRepository& repo = om().repository();
-    auto definition = [&](const char* name) {
-        return repo.getClass(REG, CIMName(name), false, true, false, CIMPropertyList());
-    };
+    auto definition = [&](const char* name)
+    { return repo.getClass(REG, CIMName(name), false, true, false, CIMPropertyList()); };
     cimom::ProfileCatalog catalog = cimom::ProfileCatalog::build(
         om().registrationInstances(), definition("PG_ProviderProfileCapabilities"),
         definition("PG_ProviderReferencedProfiles"), definition("CIM_RegisteredProfile"));

@@ -25,15 +25,15 @@ struct Classes
 
 const Classes& classes()
 {
-    static Classes c = [] {
+    static Classes c = []
+    {
         cimom::ObjectManager om;
         om.loadMofFile(std::string(ORV_SOURCE_ROOT) + "/schema/CIM_Interop.mof", REG);
         const cimrepo::ClassRepository& repo = om.repository();
-        auto get = [&](const char* name) {
-            return repo.getClass(REG, CIMName(name), false, true, false, CIMPropertyList());
-        };
-        return Classes{get("PG_ProviderProfileCapabilities"),
-                       get("PG_ProviderReferencedProfiles"), get("CIM_RegisteredProfile")};
+        auto get = [&](const char* name)
+        { return repo.getClass(REG, CIMName(name), false, true, false, CIMPropertyList()); };
+        return Classes{get("PG_ProviderProfileCapabilities"), get("PG_ProviderReferencedProfiles"),
+                       get("CIM_RegisteredProfile")};
     }();
     return c;
 }
@@ -166,25 +166,54 @@ TEST(ProfileCatalogTest, ProfilesFromProfileCapabilities)
         {"an SNIA profile by its Other name: organization 11, elements where the provider "
          "serves the class",
          {profile("Block Server Performance", "SNIA", "1.1.0", {"X_Service"})},
-         1, "SNIA+Block Server Performance+1.1.0", 11, {"root/x:X_Service", "root/y:X_Service"},
+         1,
+         "SNIA+Block Server Performance+1.1.0",
+         11,
+         {"root/x:X_Service", "root/y:X_Service"},
          ""},
         {"an organization the class does not know is Other (1)",
          {profile("Thing", "Acme", "0.1.0", {})},
-         1, "Acme+Thing+0.1.0", 1, {}, ""},
+         1,
+         "Acme+Thing+0.1.0",
+         1,
+         {},
+         ""},
         {"two capabilities of one profile are one profile with both elements",
          {profile("Array", "SNIA", "1.1.0", {"X_System"}),
           profile("Array", "SNIA", "1.1.0", {"X_Service"})},
-         1, "SNIA+Array+1.1.0", 11,
-         {"root/x:X_System", "root/x:X_Service", "root/y:X_Service"}, ""},
+         1,
+         "SNIA+Array+1.1.0",
+         11,
+         {"root/x:X_System", "root/x:X_Service", "root/y:X_Service"},
+         ""},
         {"a provider that is not registered advertises nothing",
-         {profile("Array", "SNIA", "1.1.0", {}, "Q")}, 0, "", 0, {}, "is not registered"},
+         {profile("Array", "SNIA", "1.1.0", {}, "Q")},
+         0,
+         "",
+         0,
+         {},
+         "is not registered"},
         {"no version", {profile("Array", "SNIA", "", {})}, 0, "", 0, {}, "no ProfileVersion"},
-        {"Other without a name", {profile("", "SNIA", "1.1.0", {})}, 0, "", 0, {},
+        {"Other without a name",
+         {profile("", "SNIA", "1.1.0", {})},
+         0,
+         "",
+         0,
+         {},
          "not enough entries"},
-        {"a number the class does not map", {profile("Array", "SNIA", "1.1.0", {}, "P", 7)}, 0,
-         "", 0, {}, "names no known profile"},
+        {"a number the class does not map",
+         {profile("Array", "SNIA", "1.1.0", {}, "P", 7)},
+         0,
+         "",
+         0,
+         {},
+         "names no known profile"},
         {"an element the provider does not serve",
-         {profile("Array", "SNIA", "1.1.0", {"X_Other"})}, 0, "", 0, {},
+         {profile("Array", "SNIA", "1.1.0", {"X_Other"})},
+         0,
+         "",
+         0,
+         {},
          "conforming element X_Other"},
     };
     for (const ProfileCase& c : cases)
@@ -226,19 +255,23 @@ TEST(ProfileCatalogTest, ReferencedProfilesPairEntriesInOrder)
         {"one pair",
          reference(numbers({0}), strings({"Array"}), strings({"1.1.0"}), numbers({0}),
                    strings({"Block Server Performance"}), strings({"1.1.0"})),
-         {"SNIA+Array+1.1.0 > SNIA+Block Server Performance+1.1.0"}, ""},
+         {"SNIA+Array+1.1.0 > SNIA+Block Server Performance+1.1.0"},
+         ""},
         {"Other entries are consumed in order, versions per entry",
          reference(numbers({0, 0}), strings({"Array", "Array"}), strings({"1.1.0", "1.5.0"}),
                    numbers({0, 0}), strings({"A", "B"}), strings({"1.0.0", "2.0.0"})),
-         {"SNIA+Array+1.1.0 > SNIA+A+1.0.0", "SNIA+Array+1.5.0 > SNIA+B+2.0.0"}, ""},
+         {"SNIA+Array+1.1.0 > SNIA+A+1.0.0", "SNIA+Array+1.5.0 > SNIA+B+2.0.0"},
+         ""},
         {"a missing version",
          reference(numbers({0}), strings({"Array"}), strings({}), numbers({0}), strings({"A"}),
                    strings({"1.0.0"})),
-         {}, "one entry each"},
+         {},
+         "one entry each"},
         {"fewer Other names than Other entries",
          reference(numbers({0, 0}), strings({"Array"}), strings({"1", "2"}), numbers({0, 0}),
                    strings({"A", "B"}), strings({"1", "2"})),
-         {"SNIA+Array+1 > SNIA+A+1"}, "not enough entries"},
+         {"SNIA+Array+1 > SNIA+A+1"},
+         "not enough entries"},
     };
     for (const Case& c : cases)
     {

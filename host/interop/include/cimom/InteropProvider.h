@@ -87,9 +87,9 @@ public:
 
     void associators(const Pegasus::OperationContext& context,
                      const Pegasus::CIMObjectPath& objectName,
-                     const Pegasus::CIMName& associationClass,
-                     const Pegasus::CIMName& resultClass, const Pegasus::String& role,
-                     const Pegasus::String& resultRole, const Pegasus::Boolean includeQualifiers,
+                     const Pegasus::CIMName& associationClass, const Pegasus::CIMName& resultClass,
+                     const Pegasus::String& role, const Pegasus::String& resultRole,
+                     const Pegasus::Boolean includeQualifiers,
                      const Pegasus::Boolean includeClassOrigin,
                      const Pegasus::CIMPropertyList& propertyList,
                      Pegasus::ObjectResponseHandler& handler) override;
@@ -100,9 +100,8 @@ public:
                          const Pegasus::String& resultRole,
                          Pegasus::ObjectPathResponseHandler& handler) override;
     void references(const Pegasus::OperationContext& context,
-                    const Pegasus::CIMObjectPath& objectName,
-                    const Pegasus::CIMName& resultClass, const Pegasus::String& role,
-                    const Pegasus::Boolean includeQualifiers,
+                    const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& resultClass,
+                    const Pegasus::String& role, const Pegasus::Boolean includeQualifiers,
                     const Pegasus::Boolean includeClassOrigin,
                     const Pegasus::CIMPropertyList& propertyList,
                     Pegasus::ObjectResponseHandler& handler) override;
@@ -135,8 +134,8 @@ private:
                                                     const Pegasus::CIMName& className);
     std::vector<Link> _links(const Pegasus::OperationContext& context,
                              const Pegasus::CIMObjectPath& objectName,
-                             const Pegasus::CIMName& associationClass,
-                             const Pegasus::String& role, const Pegasus::String& resultRole);
+                             const Pegasus::CIMName& associationClass, const Pegasus::String& role,
+                             const Pegasus::String& resultRole);
     Pegasus::CIMObjectPath _pathOf(const Pegasus::CIMInstance& instance,
                                    const Pegasus::CIMNamespaceName& ns);
     Pegasus::CIMInstance _skeleton(const Pegasus::CIMNamespaceName& ns,

@@ -38,6 +38,18 @@ if ! $W ecn "$URL/$NS:CIM_StatisticalData" >/dev/null 2>&1; then
     exit 1
 fi
 
+echo "== Discovery, knowing nothing but the server: the registered profiles"
+run $W ein "$URL/interop:CIM_RegisteredProfile"
+BSP='CIM_RegisteredProfile.InstanceID="SNIA+Block Server Performance+1.1.0"'
+echo "== The profile it sits under"
+run $W ain -ac CIM_ReferencedProfile "$URL/interop:$BSP"
+echo "== The service that conforms to Block Server Performance"
+run $W ain -ac CIM_ElementConformsToProfile "$URL/interop:$BSP"
+CONFORMING=$($W ain -ac CIM_ElementConformsToProfile "$URL/interop:$BSP" 2>/dev/null |
+    head -1 | sed 's#^[^/]*/##')
+echo "== GetStatisticsCollection on it: the array's record"
+run $W cm "$URL/$CONFORMING" GetStatisticsCollection.ElementTypes=2
+
 echo "== The statistics collections"
 run $W ein "$URL/$NS:ORV_StatisticsCollection"
 run $W ei "$URL/$NS:ORV_BlockStatisticsManifestCollection"

@@ -6,6 +6,7 @@
 
 #include <Pegasus/Common/Exception.h>
 
+#include <cctype>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -17,6 +18,15 @@ using namespace Pegasus;
 namespace
 {
 
+std::string lowerCase(std::string text)
+{
+    for (char& c : text)
+    {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return text;
+}
+
 const char* const usage =
     "usage: orv-mofcheck [-v] [-n NAMESPACE] FILE.mof...\n"
     "       orv-mofcheck [-v] --manifest LOAD-ORDER.txt [--root DIR] [--interop-mof FILE]\n"
@@ -24,7 +34,8 @@ const char* const usage =
     "A manifest lists \"<namespace-or-registration> <path>\" per line, paths relative to --root\n"
     "(default: the manifest's parent directory's parent); registration MOF goes into\n"
     "root/PG_InterOp after --interop-mof (default "
-    "<root>/host/om/mof/PG_ProviderRegistration.mof).\n"
+    "<root>/host/om/mof/PG_ProviderRegistration.mof, itself after <root>/schema/qualifiers.mof\n"
+    "and <root>/schema/CIM_Core.mof).\n"
     "Exit status 0 when everything compiles, 1 on a MOF error, 2 on bad usage.\n";
 
 std::string text(const String& s)
@@ -82,11 +93,16 @@ bool readManifest(const std::string& manifest, const std::string& root,
         if (ns == "registration")
         {
             ns = "root/PG_InterOp";
-            if (!interopLoaded && !interopMof.empty())
-            {
-                jobs.push_back({ns, interopMof});
-                interopLoaded = true;
-            }
+        }
+        // The object manager puts its registration classes, on the schema's
+        // qualifiers and core classes, into the interop namespace before
+        // anything else goes there.
+        if (!interopLoaded && !interopMof.empty() && lowerCase(ns) == "root/pg_interop")
+        {
+            jobs.push_back({ns, root + "/schema/qualifiers.mof"});
+            jobs.push_back({ns, root + "/schema/CIM_Core.mof"});
+            jobs.push_back({ns, interopMof});
+            interopLoaded = true;
         }
         jobs.push_back({ns, path[0] == '/' ? path : root + "/" + path});
     }

@@ -175,6 +175,7 @@ struct ObjectManager::Impl
     CIMOMHandle handle;
     std::mutex shutdownMutex;
     bool shutDown = false;
+    std::vector<CIMInstance> registrationInstances;
 
     void checkNamespace(const CIMNamespaceName& ns) const
     {
@@ -455,6 +456,8 @@ struct ObjectManager::Impl
 ObjectManager::ObjectManager() : _impl(new Impl(*this))
 {
     cimrepo::MofCompiler compiler(_impl->repo);
+    compiler.compileString(QUALIFIERS_MOF, "qualifiers.mof", INTEROP_NAMESPACE);
+    compiler.compileString(CORE_CLASSES_MOF, "CIM_Core.mof", INTEROP_NAMESPACE);
     compiler.compileString(REGISTRATION_CLASSES_MOF, "PG_ProviderRegistration.mof",
                            INTEROP_NAMESPACE);
 }
@@ -484,6 +487,20 @@ void ObjectManager::loadRegistrationFile(const std::string& path)
         instances.push_back(declared.instance);
     }
     _impl->registry.registerInstances(instances, path);
+    _impl->registrationInstances.insert(_impl->registrationInstances.end(), instances.begin(),
+                                        instances.end());
+}
+
+void ObjectManager::addBuiltInModule(const std::string& moduleName, BuiltInFactory create,
+                                     const std::vector<CIMInstance>& registration)
+{
+    _impl->registry.addBuiltInModule(moduleName, std::move(create));
+    _impl->registry.registerInstances(registration, "built-in module " + moduleName);
+}
+
+std::vector<CIMInstance> ObjectManager::registrationInstances() const
+{
+    return _impl->registrationInstances;
 }
 
 void ObjectManager::loadManifest(const std::string& manifestPath, const std::string& baseDir)

@@ -366,11 +366,27 @@ void ProviderRegistry::_openModule(ProviderModule& module)
             module.error = "library " + file + " has no " + ENTRY_POINT;
             return;
         }
-        module.create = reinterpret_cast<CreateProviderFunction>(symbol);
+        module.create = reinterpret_cast<CIMProvider* (*)(const String&)>(symbol);
         return;
     }
     module.error = "library lib" + module.location + ".so not found (looked for " +
                    (tried.empty() ? std::string("nothing: no search path") : tried) + ")";
+}
+
+void ProviderRegistry::addBuiltInModule(const std::string& name, CreateProviderFunction create)
+{
+    auto module = std::make_shared<ProviderModule>();
+    module->name = name;
+    module->location = "(built in)";
+    module->path = "(built in)";
+    module->create = std::move(create);
+    std::string key = lower(String(name.c_str()));
+    if (_modules.count(key))
+    {
+        _errors.add("provider module " + name + " registered twice; the second is ignored");
+        return;
+    }
+    _modules[key] = module;
 }
 
 void ProviderRegistry::registerInstances(const std::vector<CIMInstance>& instances,

@@ -7,6 +7,7 @@
 #include <Pegasus/Provider/CIMProvider.h>
 
 #include <condition_variable>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -29,7 +30,7 @@ private:
     std::vector<std::string> _lines;
 };
 
-typedef Pegasus::CIMProvider* (*CreateProviderFunction)(const Pegasus::String&);
+typedef std::function<Pegasus::CIMProvider*(const Pegasus::String&)> CreateProviderFunction;
 
 /** One provider library (a PG_ProviderModule). */
 struct ProviderModule
@@ -38,7 +39,7 @@ struct ProviderModule
     std::string location;
     std::string path;  // file actually opened
     void* handle = nullptr;
-    CreateProviderFunction create = nullptr;
+    CreateProviderFunction create;
     std::string error; // why the module is unusable; empty when loaded
 };
 
@@ -127,6 +128,9 @@ public:
     ~ProviderRegistry();
 
     void addSearchPath(const std::string& dir);
+
+    /** A module without a library: its providers come from create. */
+    void addBuiltInModule(const std::string& name, CreateProviderFunction create);
 
     /** Takes the PG_ProviderModule, PG_Provider and PG_ProviderCapabilities
         instances of one registration file (others are ignored). */

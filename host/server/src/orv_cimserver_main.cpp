@@ -8,6 +8,7 @@
 #include "TlsCredentials.h"
 #include "UserStore.h"
 
+#include <cimom/InteropProvider.h>
 #include <cimom/ObjectManager.h>
 #include <orvsim.h>
 
@@ -271,6 +272,11 @@ int main(int argc, char** argv)
             om.addModuleSearchPath(o.providerDir);
         }
         om.loadManifest(o.manifest, o.baseDir);
+        cimom::InteropSettings interop;
+        interop.hostName = om.getHostName();
+        interop.httpPort = o.http.httpPort;
+        interop.httpsPort = o.http.httpsPort;
+        cimom::InteropProvider::install(om, interop);
         for (const std::string& error : om.loadErrors())
         {
             fprintf(stderr, "orv-cimserver: load error: %s\n", error.c_str());

@@ -4,10 +4,12 @@
 #include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/OperationContext.h>
 #include <Pegasus/Provider/CIMOMHandle.h>
+#include <Pegasus/Provider/CIMProvider.h>
 #include <Pegasus/Sdk/CIMOMDispatcher.h>
 
 #include <cimrepo/ClassRepository.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -62,6 +64,22 @@ public:
     /** Compiles OpenPegasus registration MOF into "root/PG_InterOp" and
         registers the modules, providers and capabilities it declares. */
     void loadRegistrationFile(const std::string& path);
+
+    /** Creates the provider of a built-in module by provider name (null
+        for a name it does not know), as PegasusCreateProvider does. */
+    typedef std::function<Pegasus::CIMProvider*(const Pegasus::String&)> BuiltInFactory;
+
+    /** Registers a module that lives in the host rather than in a library:
+        registration holds its PG_Provider and PG_ProviderCapabilities
+        instances (ProviderModuleName = moduleName), which are routed and
+        checked exactly as those of a loaded module. Not kept among
+        registrationInstances(): the host describes itself there. */
+    void addBuiltInModule(const std::string& moduleName, BuiltInFactory create,
+                          const std::vector<Pegasus::CIMInstance>& registration);
+
+    /** Every instance of the registration files loaded so far, in load
+        order (provider, capabilities and profile registration alike). */
+    std::vector<Pegasus::CIMInstance> registrationInstances() const;
 
     /** Loads every line of a load-order manifest ("<namespace> <path>" or
         "registration <path>", paths relative to baseDir; '#' comments). */

@@ -732,7 +732,22 @@ Array<CIMInstance> ObjectManager::enumerateInstances(const OperationContext& con
                                                      Boolean includeClassOrigin,
                                                      const CIMPropertyList& propertyList)
 {
-    return translated([&]() {
+    Array<CIMInstance> result;
+    enumerateInstances(context, nameSpace, className, deepInheritance, localOnly,
+                       includeQualifiers, includeClassOrigin, propertyList,
+                       [&](const CIMInstance& instance) { result.append(instance); });
+    return result;
+}
+
+void ObjectManager::enumerateInstances(const OperationContext& context,
+                                       const CIMNamespaceName& nameSpace,
+                                       const CIMName& className, Boolean deepInheritance,
+                                       Boolean localOnly, Boolean includeQualifiers,
+                                       Boolean includeClassOrigin,
+                                       const CIMPropertyList& propertyList,
+                                       const InstanceSink& sink)
+{
+    translated([&]() {
         _impl->checkClass(nameSpace, className);
         const OperationContext providerContext = withIdentity(context);
 
@@ -755,30 +770,30 @@ Array<CIMInstance> ObjectManager::enumerateInstances(const OperationContext& con
             return &it->second;
         };
 
-        Array<CIMInstance> result;
         forEachProvider(
             _impl->instanceProvidersFor(nameSpace, className), _impl->handle, _impl->errors,
             [&](ProviderCall& call, const Registration& reg) {
                 InstanceCollector collector(call.name(), "enumerateInstances");
+                // Each instance is narrowed and handed on as it is delivered,
+                // so nothing here holds the whole enumeration.
+                collector.forward = [&](const CIMInstance& delivered) {
+                    InstanceFilter filter;
+                    filter.classProperties = allowedFor(delivered.getClassName());
+                    filter.propertyList = propertyList;
+                    filter.includeQualifiers = includeQualifiers;
+                    filter.includeClassOrigin = includeClassOrigin;
+                    CIMInstance instance = filterInstance(delivered, filter);
+                    _impl->completeInstancePath(instance, nameSpace);
+                    sink(instance);
+                };
                 call.as<CIMInstanceProvider>("an instance")
                     .enumerateInstances(providerContext,
                                         CIMObjectPath(_impl->hostName, nameSpace, reg.className,
                                                       Array<CIMKeyBinding>()),
                                         includeQualifiers, includeClassOrigin, propertyList,
                                         collector);
-                for (Uint32 i = 0; i < collector.results.size(); i++)
-                {
-                    InstanceFilter filter;
-                    filter.classProperties = allowedFor(collector.results[i].getClassName());
-                    filter.propertyList = propertyList;
-                    filter.includeQualifiers = includeQualifiers;
-                    filter.includeClassOrigin = includeClassOrigin;
-                    CIMInstance instance = filterInstance(collector.results[i], filter);
-                    _impl->completeInstancePath(instance, nameSpace);
-                    result.append(instance);
-                }
             });
-        return result;
+        return 0;
     });
 }
 
@@ -786,23 +801,35 @@ Array<CIMObjectPath> ObjectManager::enumerateInstanceNames(const OperationContex
                                                            const CIMNamespaceName& nameSpace,
                                                            const CIMName& className)
 {
-    return translated([&]() {
+    Array<CIMObjectPath> result;
+    enumerateInstanceNames(context, nameSpace, className,
+                           [&](const CIMObjectPath& path) { result.append(path); });
+    return result;
+}
+
+void ObjectManager::enumerateInstanceNames(const OperationContext& context,
+                                           const CIMNamespaceName& nameSpace,
+                                           const CIMName& className, const PathSink& sink)
+{
+    translated([&]() {
         _impl->checkClass(nameSpace, className);
         const OperationContext providerContext = withIdentity(context);
-
-        Array<CIMObjectPath> result;
         forEachProvider(
             _impl->instanceProvidersFor(nameSpace, className), _impl->handle, _impl->errors,
             [&](ProviderCall& call, const Registration& reg) {
                 ObjectPathCollector collector(call.name(), "enumerateInstanceNames");
+                collector.forward = [&](const CIMObjectPath& delivered) {
+                    CIMObjectPath path = delivered;
+                    completePath(path, _impl->hostName, nameSpace);
+                    sink(path);
+                };
                 call.as<CIMInstanceProvider>("an instance")
                     .enumerateInstanceNames(providerContext,
                                             CIMObjectPath(_impl->hostName, nameSpace,
                                                           reg.className, Array<CIMKeyBinding>()),
                                             collector);
-                result.appendArray(_impl->finishPaths(collector.results, nameSpace, CIMName()));
             });
-        return result;
+        return 0;
     });
 }
 

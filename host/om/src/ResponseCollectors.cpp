@@ -88,12 +88,25 @@ void InstanceCollector::complete()
 void InstanceCollector::deliver(const CIMInstance& instance)
 {
     _order.onDeliver();
+    if (forward)
+    {
+        forward(instance);
+        return;
+    }
     results.append(instance);
 }
 
 void InstanceCollector::deliver(const Array<CIMInstance>& instances)
 {
     _order.onDeliver();
+    if (forward)
+    {
+        for (Uint32 i = 0; i < instances.size(); i++)
+        {
+            forward(instances[i]);
+        }
+        return;
+    }
     results.appendArray(instances);
 }
 
@@ -115,12 +128,25 @@ void ObjectPathCollector::complete()
 void ObjectPathCollector::deliver(const CIMObjectPath& path)
 {
     _order.onDeliver();
+    if (forward)
+    {
+        forward(path);
+        return;
+    }
     results.append(path);
 }
 
 void ObjectPathCollector::deliver(const Array<CIMObjectPath>& paths)
 {
     _order.onDeliver();
+    if (forward)
+    {
+        for (Uint32 i = 0; i < paths.size(); i++)
+        {
+            forward(paths[i]);
+        }
+        return;
+    }
     results.appendArray(paths);
 }
 

@@ -3,6 +3,7 @@
 
 #include <Pegasus/Common/ResponseHandler.h>
 
+#include <functional>
 #include <string>
 
 namespace cimom
@@ -53,6 +54,8 @@ public:
     void deliver(const Pegasus::Array<Pegasus::CIMInstance>& instances) override;
 
     Pegasus::Array<Pegasus::CIMInstance> results;
+    /// When set, each delivered instance goes here instead of into results.
+    std::function<void(const Pegasus::CIMInstance&)> forward;
 
 private:
     CallOrderTracker _order;
@@ -69,6 +72,8 @@ public:
     void deliver(const Pegasus::Array<Pegasus::CIMObjectPath>& paths) override;
 
     Pegasus::Array<Pegasus::CIMObjectPath> results;
+    /// When set, each delivered path goes here instead of into results.
+    std::function<void(const Pegasus::CIMObjectPath&)> forward;
 
 private:
     CallOrderTracker _order;

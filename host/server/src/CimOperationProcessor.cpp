@@ -16,6 +16,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <set>
 
 using namespace Pegasus;
@@ -259,6 +260,73 @@ private:
     std::map<std::string, const IParam*> _params;
 };
 
+} // namespace
+
+// The encoded answer: kept whole while small, so that a late error still
+// replaces it; past streamAfter bytes sent on in chunks as it is produced,
+// where the connection can stream.
+class ResponseOutput
+{
+public:
+    static const size_t streamAfter = 256 * 1024;
+
+    ResponseOutput(const HttpRequest& http, const HttpResponse& head) : _http(http), _head(head)
+    {
+    }
+
+    void append(std::string text)
+    {
+        if (_stream)
+        {
+            _stream->write(std::move(text));
+            return;
+        }
+        _buffer += text;
+        if (_buffer.size() > streamAfter && _http.startStreaming)
+        {
+            _stream = _http.startStreaming(_head);
+            if (_stream)
+            {
+                _stream->write(std::move(_buffer));
+                _buffer = std::string();
+            }
+        }
+    }
+
+    bool streaming() const
+    {
+        return _stream != nullptr;
+    }
+    size_t size() const
+    {
+        return _buffer.size();
+    }
+    void truncate(size_t size)
+    {
+        _buffer.resize(size);
+    }
+    std::string take()
+    {
+        return std::move(_buffer);
+    }
+    void finish()
+    {
+        _stream->finish();
+    }
+    void fail(CIMStatusCode code, const std::string& description)
+    {
+        _stream->fail(std::to_string(code), description);
+    }
+
+private:
+    const HttpRequest& _http;
+    const HttpResponse& _head;
+    std::string _buffer;
+    std::shared_ptr<StreamingBody> _stream;
+};
+
+namespace
+{
 std::string _className(const CIMName& name)
 {
     return name.isNull() ? "-" : cimxml::str(name.getString());
@@ -409,10 +477,22 @@ HttpResponse CimOperationProcessor::handle(const HttpRequest& http)
 
     HttpResponse response;
     response.summary.operation = request.methodName;
-    std::string body = cimxml::messageStart(request.messageId);
+    response.headers.emplace_back("Content-Type", "application/xml; charset=\"utf-8\"");
+    if (http.method == "M-POST")
+    {
+        response.headers.emplace_back("Ext", "");
+        response.headers.emplace_back("Opt", "http://www.dmtf.org/cim/mapping/http/v1.0 ; ns=" +
+                                                 prefix.substr(0, prefix.size() - 1));
+    }
+    response.headers.emplace_back(prefix + "CIMOperation", "MethodResponse");
+
+    ResponseOutput output(http, response);
     const char* element = request.intrinsic ? "IMETHODRESPONSE" : "METHODRESPONSE";
-    body += std::string("<") + element + " NAME=\"" + cimxml::escape(request.methodName) + "\">";
-    std::string result;
+    output.append(cimxml::messageStart(request.messageId) + "<" + element + " NAME=\"" +
+                  cimxml::escape(request.methodName) + "\">");
+    const size_t head = output.size();
+    CIMStatusCode code = CIM_ERR_SUCCESS;
+    std::string description;
     try
     {
         if (request.errorCode != CIM_ERR_SUCCESS)
@@ -422,57 +502,68 @@ HttpResponse CimOperationProcessor::handle(const HttpRequest& http)
         OperationContext context;
         context.insert(IdentityContainer(String(http.user.c_str())));
         context.insert(ORV_ClientAddressContainer(String(http.peer.c_str())));
-        result = request.intrinsic ? _dispatchIntrinsic(request, context, http.user,
-                                                        response.summary)
-                                   : _dispatchExtrinsic(request, context, response.summary);
         response.summary.cimStatus = "0";
+        output.append(request.intrinsic
+                          ? _dispatchIntrinsic(request, context, http.user, response.summary,
+                                               output)
+                          : _dispatchExtrinsic(request, context, response.summary));
     }
     catch (const ParamError& e)
     {
-        result.clear();
-        cimxml::appendError(result, e.code, _description(e.code, e.text));
-        response.summary.cimStatus = std::to_string(e.code);
+        code = e.code;
+        description = _description(e.code, e.text);
     }
     catch (const CIMException& e)
     {
-        result.clear();
-        cimxml::appendError(result, e.getCode(),
-                            _description(e.getCode(), cimxml::str(e.getMessage())));
-        response.summary.cimStatus = std::to_string(e.getCode());
+        code = e.getCode();
+        description = _description(e.getCode(), cimxml::str(e.getMessage()));
     }
     catch (const Exception& e)
     {
-        result.clear();
-        cimxml::appendError(result, CIM_ERR_FAILED,
-                            _description(CIM_ERR_FAILED, cimxml::str(e.getMessage())));
-        response.summary.cimStatus = std::to_string(CIM_ERR_FAILED);
+        code = CIM_ERR_FAILED;
+        description = _description(CIM_ERR_FAILED, cimxml::str(e.getMessage()));
+    }
+    catch (const StreamClosed&)
+    {
+        // The client left mid-answer: nobody is there to tell.
+        response.streamed = true;
+        return response;
     }
     catch (const std::exception& e)
     {
-        result.clear();
-        cimxml::appendError(result, CIM_ERR_FAILED, _description(CIM_ERR_FAILED, e.what()));
-        response.summary.cimStatus = std::to_string(CIM_ERR_FAILED);
+        code = CIM_ERR_FAILED;
+        description = _description(CIM_ERR_FAILED, e.what());
     }
-    body += result;
-    body += std::string("</") + element + ">";
-    body += cimxml::messageEnd();
-
-    response.body = std::move(body);
-    response.headers.emplace_back("Content-Type", "application/xml; charset=\"utf-8\"");
-    if (http.method == "M-POST")
+    if (code != CIM_ERR_SUCCESS)
     {
-        response.headers.emplace_back("Ext", "");
-        response.headers.emplace_back("Opt", "http://www.dmtf.org/cim/mapping/http/v1.0 ; ns=" +
-                                                 prefix.substr(0, prefix.size() - 1));
+        response.summary.cimStatus = std::to_string(code);
+        if (output.streaming())
+        {
+            output.fail(code, description);
+            response.streamed = true;
+            return response;
+        }
+        output.truncate(head);
+        std::string error;
+        cimxml::appendError(error, code, description);
+        output.append(error);
     }
-    response.headers.emplace_back(prefix + "CIMOperation", "MethodResponse");
+    output.append(std::string("</") + element + ">" + cimxml::messageEnd());
+    if (output.streaming())
+    {
+        output.finish();
+        response.streamed = true;
+        return response;
+    }
+    response.body = output.take();
     return response;
 }
 
 std::string CimOperationProcessor::_dispatchIntrinsic(const CimRequest& request,
                                                       const OperationContext& context,
                                                       const std::string& user,
-                                                      RequestSummary& summary)
+                                                      RequestSummary& summary,
+                                                      ResponseOutput& output)
 {
     const std::string op = request.methodName;
     const CIMNamespaceName& ns = request.nameSpace;
@@ -574,28 +665,43 @@ std::string CimOperationProcessor::_dispatchIntrinsic(const CimRequest& request,
                           "IncludeClassOrigin", "PropertyList"}));
         CIMName name = p.className("ClassName", true);
         summary.className = _className(name);
-        Array<CIMInstance> found = _dispatcher.enumerateInstances(
+        // Each instance is encoded and passed on as its provider delivers it.
+        output.append(std::move(out));
+        out.clear();
+        std::string item;
+        _dispatcher.enumerateInstances(
             context, ns, name, p.boolean("DeepInheritance", true), p.boolean("LocalOnly", true),
             p.boolean("IncludeQualifiers", false), p.boolean("IncludeClassOrigin", false),
-            p.propertyList());
-        for (Uint32 i = 0; i < found.size(); ++i)
-        {
-            out += "<VALUE.NAMEDINSTANCE>";
-            cimxml::appendInstanceName(out, found[i].getPath());
-            cimxml::appendInstance(out, found[i]);
-            out += "</VALUE.NAMEDINSTANCE>";
-        }
+            p.propertyList(), [&](const CIMInstance& instance) {
+                item += "<VALUE.NAMEDINSTANCE>";
+                cimxml::appendInstanceName(item, instance.getPath());
+                cimxml::appendInstance(item, instance);
+                item += "</VALUE.NAMEDINSTANCE>";
+                if (item.size() >= 64 * 1024)
+                {
+                    output.append(std::move(item));
+                    item = std::string();
+                }
+            });
+        output.append(std::move(item));
     }
     else if (op == "EnumerateInstanceNames")
     {
         IParams p(request.iparams, _names({"ClassName"}));
         CIMName name = p.className("ClassName", true);
         summary.className = _className(name);
-        Array<CIMObjectPath> found = _dispatcher.enumerateInstanceNames(context, ns, name);
-        for (Uint32 i = 0; i < found.size(); ++i)
-        {
-            cimxml::appendInstanceName(out, found[i]);
-        }
+        output.append(std::move(out));
+        out.clear();
+        std::string item;
+        _dispatcher.enumerateInstanceNames(context, ns, name, [&](const CIMObjectPath& path) {
+            cimxml::appendInstanceName(item, path);
+            if (item.size() >= 64 * 1024)
+            {
+                output.append(std::move(item));
+                item = std::string();
+            }
+        });
+        output.append(std::move(item));
     }
     else if (op == "Associators")
     {

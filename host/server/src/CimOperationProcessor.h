@@ -11,6 +11,8 @@
 namespace orvhost
 {
 
+class ResponseOutput;
+
 /// CIM operations over HTTP: checks the DSP0200 headers, decodes the CIM-XML
 /// request, calls the object manager with the caller's identity and address
 /// in the context, and encodes the answer (or the CIM error).
@@ -26,7 +28,8 @@ public:
 private:
     std::string _dispatchIntrinsic(const CimRequest& request,
                                    const Pegasus::OperationContext& context,
-                                   const std::string& user, RequestSummary& summary);
+                                   const std::string& user, RequestSummary& summary,
+                                   ResponseOutput& output);
     /// Open* and Pull* operations and CloseEnumeration; false for other names.
     bool _dispatchPull(const CimRequest& request, const Pegasus::OperationContext& context,
                        const std::string& user, RequestSummary& summary, std::string& out);

@@ -1,11 +1,17 @@
 #include "HttpServer.h"
 
 #include <arpa/inet.h>
+#include <malloc.h>
 #include <microhttpd.h>
 #include <netinet/in.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
 #include <cstdio>
 #include <cstring>
 
@@ -65,6 +71,144 @@ double _millisSince(std::chrono::steady_clock::time_point start)
 }
 } // namespace
 
+// The body of a streamed answer: the worker writes chunks, libmicrohttpd's
+// thread reads them as the socket takes them. At most maxQueued bytes wait,
+// so a slow client slows the worker instead of growing the server.
+class ChunkStream : public StreamingBody
+{
+public:
+    ChunkStream(bool trailersAllowed, unsigned idleSeconds)
+        : _trailersAllowed(trailersAllowed), _idle(std::chrono::seconds(idleSeconds ? idleSeconds : 60))
+    {
+    }
+
+    void write(std::string bytes) override
+    {
+        if (bytes.empty())
+        {
+            return;
+        }
+        std::unique_lock<std::mutex> lock(_mutex);
+        if (!_cv.wait_for(lock, _idle, [this] { return _closed || _queued < maxQueued; }))
+        {
+            _closed = true; // the client stopped reading
+        }
+        if (_closed)
+        {
+            throw StreamClosed("the client is gone");
+        }
+        _queued += bytes.size();
+        _chunks.push_back(std::move(bytes));
+        _cv.notify_all();
+    }
+
+    void finish() override
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        _finished = true;
+        _cv.notify_all();
+    }
+
+    void fail(const std::string& cimStatusCode, const std::string& description) override
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        _failed = true;
+        _status = cimStatusCode;
+        _description = description;
+        _finished = true;
+        _cv.notify_all();
+    }
+
+    // libmicrohttpd's content reader.
+    ssize_t read(MHD_Response* response, char* buf, size_t max)
+    {
+        std::unique_lock<std::mutex> lock(_mutex);
+        // A short wait, then 0 ("nothing yet"): the polling thread serves
+        // other connections meanwhile.
+        _cv.wait_for(lock, std::chrono::milliseconds(50),
+                     [this] { return !_chunks.empty() || _finished; });
+        if (_chunks.empty())
+        {
+            if (!_finished)
+            {
+                return 0;
+            }
+            if (!_failed)
+            {
+                return MHD_CONTENT_READER_END_OF_STREAM;
+            }
+            if (!_trailersAllowed)
+            {
+                return MHD_CONTENT_READER_END_WITH_ERROR;
+            }
+            MHD_add_response_footer(response, "CIMStatusCode", _status.c_str());
+            MHD_add_response_footer(response, "CIMStatusCodeDescription", _description.c_str());
+            return MHD_CONTENT_READER_END_OF_STREAM;
+        }
+        size_t n = 0;
+        while (n < max && !_chunks.empty())
+        {
+            std::string& front = _chunks.front();
+            size_t take = std::min(max - n, front.size() - _offset);
+            memcpy(buf + n, front.data() + _offset, take);
+            n += take;
+            _offset += take;
+            if (_offset == front.size())
+            {
+                _queued -= front.size();
+                _chunks.pop_front();
+                _offset = 0;
+            }
+        }
+        _cv.notify_all();
+        return static_cast<ssize_t>(n);
+    }
+
+    void close()
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        _closed = true;
+        _cv.notify_all();
+    }
+
+    static const size_t maxQueued = 4 << 20;
+
+private:
+    std::mutex _mutex;
+    std::condition_variable _cv;
+    std::deque<std::string> _chunks;
+    size_t _offset = 0;
+    size_t _queued = 0;
+    bool _finished = false;
+    bool _failed = false;
+    bool _closed = false;
+    bool _trailersAllowed;
+    std::chrono::seconds _idle;
+    std::string _status;
+    std::string _description;
+};
+
+// What libmicrohttpd holds of a streamed answer: the stream and the response
+// object (for trailers).
+struct StreamHandle
+{
+    std::shared_ptr<ChunkStream> stream;
+    MHD_Response* response = nullptr;
+};
+
+ssize_t _readStream(void* cls, uint64_t, char* buf, size_t max)
+{
+    auto* handle = static_cast<StreamHandle*>(cls);
+    return handle->stream->read(handle->response, buf, max);
+}
+
+void _freeStream(void* cls)
+{
+    auto* handle = static_cast<StreamHandle*>(cls);
+    handle->stream->close();
+    delete handle;
+}
+
 struct HttpServer::RequestState
 {
     HttpServer* server = nullptr;
@@ -81,15 +225,39 @@ struct HttpServer::RequestState
     bool sawRepeatedFirstCall = false;
     bool responseReady = false;
     HttpResponse response;
+    std::shared_ptr<ChunkStream> stream; ///< set when the answer is streamed
+    // A streamed answer resumes the connection while the worker still
+    // writes; the state then lives until both are done with it.
+    std::mutex lifeMutex;
+    bool resumedEarly = false;
+    bool workerDone = true;
+    bool connectionDone = false;
 };
 
 struct HttpServerCallbacks
 {
     static MHD_Result queue(HttpServer::RequestState* state, const HttpResponse& response)
     {
-        MHD_Response* r = MHD_create_response_from_buffer(
-            response.body.size(), const_cast<char*>(response.body.data()),
-            MHD_RESPMEM_MUST_COPY);
+        MHD_Response* r = nullptr;
+        if (state->stream)
+        {
+            auto* handle = new StreamHandle{state->stream, nullptr};
+            r = MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, 64 * 1024, &_readStream,
+                                                  handle, &_freeStream);
+            if (r == nullptr)
+            {
+                state->stream->close();
+                delete handle;
+                return MHD_NO;
+            }
+            handle->response = r;
+        }
+        else
+        {
+            r = MHD_create_response_from_buffer(response.body.size(),
+                                                const_cast<char*>(response.body.data()),
+                                                MHD_RESPMEM_MUST_COPY);
+        }
         if (r == nullptr)
         {
             return MHD_NO;
@@ -228,13 +396,20 @@ struct HttpServerCallbacks
         auto* state = static_cast<HttpServer::RequestState*>(*conCls);
         if (state != nullptr)
         {
-            delete state;
             *conCls = nullptr;
-            if (--server->_inFlight == 0)
+            if (state->stream)
             {
-                std::lock_guard<std::mutex> lock(server->_queueMutex);
-                server->_idleCv.notify_all();
+                state->stream->close();
             }
+            {
+                std::lock_guard<std::mutex> lock(state->lifeMutex);
+                state->connectionDone = true;
+                if (!state->workerDone)
+                {
+                    return; // the worker still writes; it frees the state
+                }
+            }
+            server->_release(state);
         }
     }
 };
@@ -373,6 +548,35 @@ void HttpServer::stop(unsigned graceSeconds)
     }
 }
 
+void HttpServer::_release(RequestState* state)
+{
+    delete state;
+    if (--_inFlight == 0)
+    {
+        std::lock_guard<std::mutex> lock(_queueMutex);
+        _idleCv.notify_all();
+    }
+}
+
+void HttpServer::_finishProcessing(RequestState* state)
+{
+    bool release = false;
+    {
+        std::lock_guard<std::mutex> lock(state->lifeMutex);
+        state->workerDone = true;
+        if (!state->resumedEarly)
+        {
+            MHD_resume_connection(state->connection);
+            return;
+        }
+        release = state->connectionDone;
+    }
+    if (release)
+    {
+        _release(state);
+    }
+}
+
 void HttpServer::_enqueue(RequestState* state)
 {
     {
@@ -385,7 +589,7 @@ void HttpServer::_enqueue(RequestState* state)
         }
     }
     _process(state);
-    MHD_resume_connection(state->connection);
+    _finishProcessing(state);
 }
 
 void HttpServer::_workerLoop()
@@ -406,7 +610,7 @@ void HttpServer::_workerLoop()
             ++_processing;
         }
         _process(state);
-        MHD_resume_connection(state->connection);
+        _finishProcessing(state);
         std::lock_guard<std::mutex> lock(_queueMutex);
         --_processing;
         _idleCv.notify_all();
@@ -438,16 +642,51 @@ void HttpServer::_process(RequestState* state)
 void HttpServer::_serve(RequestState* state)
 {
     HttpRequest& request = state->request;
+    {
+        std::lock_guard<std::mutex> lock(state->lifeMutex);
+        state->workerDone = false;
+    }
+    auto te = request.headers.find("TE");
+    const bool trailers =
+        te != request.headers.end() && strcasestr(te->second.c_str(), "trailers") != nullptr;
+    request.startStreaming = [this, state, trailers](const HttpResponse& head) {
+        auto stream = std::make_shared<ChunkStream>(trailers, _config.idleTimeoutSeconds);
+        std::lock_guard<std::mutex> lock(state->lifeMutex);
+        state->stream = stream;
+        state->response = head;
+        state->responseReady = true;
+        state->resumedEarly = true;
+        MHD_resume_connection(state->connection);
+        return std::shared_ptr<StreamingBody>(stream);
+    };
     try
     {
-        state->response = _handler.handle(request);
+        HttpResponse response = _handler.handle(request);
+        if (response.streamed)
+        {
+            // A streamed answer was a large one: give the memory it used
+            // back to the system rather than keep it for the next.
+            malloc_trim(0);
+            return;
+        }
+        state->response = std::move(response);
     }
     catch (const std::exception& e)
     {
+        if (state->stream)
+        {
+            state->stream->fail("1", e.what());
+            return;
+        }
         state->response = HttpServerCallbacks::plain(500, std::string("internal error: ") + e.what());
     }
     catch (...)
     {
+        if (state->stream)
+        {
+            state->stream->fail("1", "internal error");
+            return;
+        }
         state->response = HttpServerCallbacks::plain(500, "internal error");
     }
     state->responseReady = true;

@@ -71,6 +71,8 @@ private:
     void _enqueue(RequestState* state);
     void _process(RequestState* state);
     void _serve(RequestState* state);
+    void _finishProcessing(RequestState* state);
+    void _release(RequestState* state);
 
     HttpServerConfig _config;
     RequestHandler& _handler;

@@ -18,6 +18,34 @@ CIMException notRouted(const char* operation)
 }
 } // namespace
 
+void CIMOMDispatcher::enumerateInstances(const OperationContext& context,
+                                         const CIMNamespaceName& nameSpace,
+                                         const CIMName& className, Boolean deepInheritance,
+                                         Boolean localOnly, Boolean includeQualifiers,
+                                         Boolean includeClassOrigin,
+                                         const CIMPropertyList& propertyList,
+                                         const InstanceSink& sink)
+{
+    Array<CIMInstance> all =
+        enumerateInstances(context, nameSpace, className, deepInheritance, localOnly,
+                           includeQualifiers, includeClassOrigin, propertyList);
+    for (Uint32 i = 0; i < all.size(); i++)
+    {
+        sink(all[i]);
+    }
+}
+
+void CIMOMDispatcher::enumerateInstanceNames(const OperationContext& context,
+                                             const CIMNamespaceName& nameSpace,
+                                             const CIMName& className, const PathSink& sink)
+{
+    Array<CIMObjectPath> all = enumerateInstanceNames(context, nameSpace, className);
+    for (Uint32 i = 0; i < all.size(); i++)
+    {
+        sink(all[i]);
+    }
+}
+
 CIMObjectPath CIMOMDispatcher::createInstance(const OperationContext&, const CIMNamespaceName&,
                                               const CIMInstance&)
 {

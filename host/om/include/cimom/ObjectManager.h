@@ -155,6 +155,20 @@ public:
         const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
         const Pegasus::CIMName& className) override;
 
+    /** Hands each instance on as its provider delivers it. A sink that
+        throws ends the enumeration with that exception. */
+    void enumerateInstances(const Pegasus::OperationContext& context,
+                            const Pegasus::CIMNamespaceName& nameSpace,
+                            const Pegasus::CIMName& className, Pegasus::Boolean deepInheritance,
+                            Pegasus::Boolean localOnly, Pegasus::Boolean includeQualifiers,
+                            Pegasus::Boolean includeClassOrigin,
+                            const Pegasus::CIMPropertyList& propertyList,
+                            const InstanceSink& sink) override;
+
+    void enumerateInstanceNames(const Pegasus::OperationContext& context,
+                                const Pegasus::CIMNamespaceName& nameSpace,
+                                const Pegasus::CIMName& className, const PathSink& sink) override;
+
     Pegasus::Array<Pegasus::CIMObject> associators(
         const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
         const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& assocClass,

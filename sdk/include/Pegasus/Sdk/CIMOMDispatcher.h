@@ -15,6 +15,8 @@
 #include <Pegasus/Common/String.h>
 #include <Pegasus/Provider/CIMOMHandle.h>
 
+#include <functional>
+
 PEGASUS_NAMESPACE_BEGIN
 
 // What an object manager offers to CIMOMHandle and to locally connected CIMClients.
@@ -92,6 +94,23 @@ public:
                                   const CIMObjectPath& instanceName, const CIMName& methodName,
                                   const Array<CIMParamValue>& inParameters,
                                   Array<CIMParamValue>& outParameters) = 0;
+
+    // Enumerations handed over one object at a time, as the providers deliver
+    // them, so that a caller can pass each on and keep none. The default
+    // implementations enumerate whole and then hand over.
+    typedef std::function<void(const CIMInstance&)> InstanceSink;
+    typedef std::function<void(const CIMObjectPath&)> PathSink;
+
+    virtual void enumerateInstances(const OperationContext& context,
+                                    const CIMNamespaceName& nameSpace, const CIMName& className,
+                                    Boolean deepInheritance, Boolean localOnly,
+                                    Boolean includeQualifiers, Boolean includeClassOrigin,
+                                    const CIMPropertyList& propertyList,
+                                    const InstanceSink& sink);
+
+    virtual void enumerateInstanceNames(const OperationContext& context,
+                                        const CIMNamespaceName& nameSpace,
+                                        const CIMName& className, const PathSink& sink);
 
     // Instance changes and single properties. An object manager that does not
     // route them answers CIM_ERR_NOT_SUPPORTED.

@@ -106,6 +106,25 @@ public:
         out.append(widget());
         return out;
     }
+    // As the object manager does: each instance handed on as delivered,
+    // `copies` of them, failing with toThrow after failAfter when set.
+    Uint32 copies = 1;
+    Uint32 failAfter = 0;
+    void enumerateInstances(const OperationContext& c, const CIMNamespaceName& ns,
+                            const CIMName& cn, Boolean di, Boolean lo, Boolean iq, Boolean ico,
+                            const CIMPropertyList& pl, const InstanceSink& sink) override
+    {
+        Array<CIMInstance> one = enumerateInstances(c, ns, cn, di, lo, iq, ico, pl);
+        for (Uint32 i = 0; i < copies; i++)
+        {
+            if (failAfter != 0 && i == failAfter)
+            {
+                throw toThrow;
+            }
+            sink(one[0]);
+        }
+    }
+    using CIMOMDispatcher::enumerateInstanceNames;
     Array<CIMObjectPath> enumerateInstanceNames(const OperationContext& c,
                                                 const CIMNamespaceName&, const CIMName&) override
     {
@@ -523,4 +542,80 @@ TEST(CimXmlWriter, EscapesEverythingXmlCannotCarryRaw)
     std::string out;
     cimxml::appendValue(out, CIMValue(CIMDateTime(String("20240102030405.000000+060"))));
     EXPECT_EQ(out, "<VALUE>20240102030405.000000+060</VALUE>");
+}
+
+// What the HTTP layer gets from a streamed answer.
+struct CapturedStream : StreamingBody
+{
+    std::string body;
+    bool finished = false;
+    std::string failedCode;
+    void write(std::string bytes) override
+    {
+        body += bytes;
+    }
+    void finish() override
+    {
+        finished = true;
+    }
+    void fail(const std::string& code, const std::string&) override
+    {
+        failedCode = code;
+    }
+};
+
+TEST_F(ProcessorTest, LargeAnswersStreamWithTheSameBodyAndLateErrorsFailTheStream)
+{
+    const std::string cls = "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>";
+    auto streamed = [&](std::shared_ptr<CapturedStream> captured, int& heads) {
+        HttpRequest r = _intrinsic("EnumerateInstances", cls);
+        r.startStreaming = [&heads, captured](const HttpResponse& head) {
+            ++heads;
+            EXPECT_EQ(head.status, 200);
+            EXPECT_EQ(_header(head, "CIMOperation"), "MethodResponse");
+            return std::shared_ptr<StreamingBody>(captured);
+        };
+        return processor.handle(r);
+    };
+
+    // Small: one body, however the connection could stream.
+    int heads = 0;
+    auto small = std::make_shared<CapturedStream>();
+    HttpResponse response = streamed(small, heads);
+    EXPECT_FALSE(response.streamed);
+    EXPECT_EQ(heads, 0);
+
+    // Large: streamed once past the threshold, byte for byte the whole answer.
+    dispatcher.copies = 5000;
+    auto large = std::make_shared<CapturedStream>();
+    response = streamed(large, heads);
+    EXPECT_TRUE(response.streamed);
+    EXPECT_EQ(heads, 1);
+    EXPECT_TRUE(large->finished);
+    HttpResponse whole = processor.handle(_intrinsic("EnumerateInstances", cls));
+    EXPECT_FALSE(whole.streamed);
+    EXPECT_GT(whole.body.size(), 256u * 1024u);
+    EXPECT_EQ(large->body, whole.body);
+    _expectStrictXml(large->body);
+
+    // A failure after the start fails the stream with its status...
+    dispatcher.toThrow = CIMException(CIM_ERR_NOT_FOUND, "gone");
+    dispatcher.failAfter = 4000;
+    auto broken = std::make_shared<CapturedStream>();
+    heads = 0;
+    response = streamed(broken, heads);
+    EXPECT_TRUE(response.streamed);
+    EXPECT_FALSE(broken->finished);
+    EXPECT_EQ(broken->failedCode, "6");
+
+    // ...and one before it is still an ERROR element in place of the answer.
+    dispatcher.failAfter = 3;
+    auto early = std::make_shared<CapturedStream>();
+    heads = 0;
+    response = streamed(early, heads);
+    EXPECT_FALSE(response.streamed);
+    EXPECT_EQ(heads, 0);
+    EXPECT_NE(response.body.find("<ERROR CODE=\"6\""), std::string::npos);
+    EXPECT_EQ(response.body.find("VALUE.NAMEDINSTANCE"), std::string::npos);
+    _expectStrictXml(response.body);
 }

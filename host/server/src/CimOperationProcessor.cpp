@@ -1023,106 +1023,106 @@ bool CimOperationProcessor::_dispatchPull(const CimRequest& request,
                                String(std::to_string(limits.maxTimeout).c_str()) + ".");
     }
 
-    // Everything the operation yields, each object encoded as it will be sent.
-    std::deque<std::string> items;
-    auto addInstance = [&](const CIMObjectPath& path, const CIMConstInstance& instance) {
+    // The enumeration runs on the context's own thread, from copies of what
+    // the request gave; each object is encoded there as it is delivered.
+    const CIMNamespaceName nsCopy = ns;
+    const OperationContext contextCopy = context;
+    const String hostName = _hostName;
+    CIMOMDispatcher& dispatcher = _dispatcher;
+    auto instanceItem = [nsCopy, hostName](const CIMObjectPath& path,
+                                           const CIMConstInstance& instance) {
         std::string item = "<VALUE.INSTANCEWITHPATH>";
-        cimxml::appendInstancePath(item, path, _hostName, ns);
+        cimxml::appendInstancePath(item, path, hostName, nsCopy);
         cimxml::appendInstance(item, instance);
         item += "</VALUE.INSTANCEWITHPATH>";
-        items.push_back(std::move(item));
+        return item;
     };
-    auto addPath = [&](const CIMObjectPath& path) {
+    auto pathItem = [nsCopy, hostName](const CIMObjectPath& path) {
         std::string item;
-        cimxml::appendInstancePath(item, path, _hostName, ns);
-        items.push_back(std::move(item));
+        cimxml::appendInstancePath(item, path, hostName, nsCopy);
+        return item;
     };
+    EnumerationContexts::Producer producer;
     if (enumerate)
     {
-        CIMName name = p.className("ClassName", true);
+        const CIMName name = p.className("ClassName", true);
         summary.className = _className(name);
         if (pathsOnly)
         {
-            Array<CIMObjectPath> found = _dispatcher.enumerateInstanceNames(context, ns, name);
-            for (Uint32 i = 0; i < found.size(); ++i)
-            {
-                addPath(found[i]);
-            }
+            producer = [=, &dispatcher](const std::function<void(std::string)>& emit) {
+                dispatcher.enumerateInstanceNames(
+                    contextCopy, nsCopy, name,
+                    [&](const CIMObjectPath& path) { emit(pathItem(path)); });
+            };
         }
         else
         {
-            Array<CIMInstance> found = _dispatcher.enumerateInstances(
-                context, ns, name, p.boolean("DeepInheritance", true), false, false,
-                p.boolean("IncludeClassOrigin", false), p.propertyList());
-            for (Uint32 i = 0; i < found.size(); ++i)
-            {
-                addInstance(found[i].getPath(), found[i]);
-            }
+            const Boolean deep = p.boolean("DeepInheritance", true);
+            const Boolean origin = p.boolean("IncludeClassOrigin", false);
+            const CIMPropertyList list = p.propertyList();
+            producer = [=, &dispatcher](const std::function<void(std::string)>& emit) {
+                dispatcher.enumerateInstances(contextCopy, nsCopy, name, deep, false, false, origin,
+                                              list, [&](const CIMInstance& instance) {
+                                                  emit(instanceItem(instance.getPath(), instance));
+                                              });
+            };
         }
     }
     else
     {
-        CIMObjectPath name = p.instanceName("InstanceName");
+        const CIMObjectPath name = p.instanceName("InstanceName");
         summary.className = _className(name.getClassName());
         if (name.getKeyBindings().size() == 0)
         {
             throw CIMException(CIM_ERR_INVALID_PARAMETER, "Full Model Path with keys required.");
         }
         const String role = p.text("Role");
-        if (pathsOnly)
-        {
-            Array<CIMObjectPath> found =
-                associators ? _dispatcher.associatorNames(context, ns, name,
-                                                          p.className("AssocClass", false),
-                                                          p.className("ResultClass", false), role,
-                                                          p.text("ResultRole"))
-                            : _dispatcher.referenceNames(
-                                  context, ns, name, p.className("ResultClass", false), role);
-            for (Uint32 i = 0; i < found.size(); ++i)
+        const String resultRole = associators ? p.text("ResultRole") : String();
+        const CIMName assocClass = associators ? p.className("AssocClass", false) : CIMName();
+        const CIMName resultClass = p.className("ResultClass", false);
+        const Boolean origin = pathsOnly ? false : p.boolean("IncludeClassOrigin", false);
+        const CIMPropertyList list = pathsOnly ? CIMPropertyList() : p.propertyList();
+        producer = [=, &dispatcher](const std::function<void(std::string)>& emit) {
+            if (pathsOnly)
             {
-                addPath(found[i]);
+                Array<CIMObjectPath> found =
+                    associators ? dispatcher.associatorNames(contextCopy, nsCopy, name, assocClass,
+                                                             resultClass, role, resultRole)
+                                : dispatcher.referenceNames(contextCopy, nsCopy, name,
+                                                            resultClass, role);
+                for (Uint32 i = 0; i < found.size(); ++i)
+                {
+                    emit(pathItem(found[i]));
+                }
+                return;
             }
-        }
-        else
-        {
             Array<CIMObject> found =
-                associators
-                    ? _dispatcher.associators(context, ns, name, p.className("AssocClass", false),
-                                              p.className("ResultClass", false), role,
-                                              p.text("ResultRole"), false,
-                                              p.boolean("IncludeClassOrigin", false),
-                                              p.propertyList())
-                    : _dispatcher.references(context, ns, name,
-                                             p.className("ResultClass", false), role, false,
-                                             p.boolean("IncludeClassOrigin", false),
-                                             p.propertyList());
+                associators ? dispatcher.associators(contextCopy, nsCopy, name, assocClass,
+                                                     resultClass, role, resultRole, false, origin,
+                                                     list)
+                            : dispatcher.references(contextCopy, nsCopy, name, resultClass, role,
+                                                    false, origin, list);
             for (Uint32 i = 0; i < found.size(); ++i)
             {
                 if (found[i].isInstance())
                 {
-                    addInstance(found[i].getPath(), CIMConstInstance(found[i]));
+                    emit(instanceItem(found[i].getPath(), CIMConstInstance(found[i])));
                 }
             }
-        }
+        };
     }
 
+    std::vector<std::string> first;
+    bool end = false;
+    const std::string name = _contexts.open(
+        user, pathsOnly ? EnumerationContexts::PATHS : EnumerationContexts::INSTANCES, producer,
+        timeout, max, first, end);
     out = "<IRETURNVALUE>";
-    for (Uint32 n = 0; n < max && !items.empty(); ++n)
+    for (const std::string& item : first)
     {
-        out += items.front();
-        items.pop_front();
+        out += item;
     }
     out += "</IRETURNVALUE>";
-    // Nothing left: the enumeration ends here and keeps no context.
-    const bool end = items.empty();
-    std::string name;
-    if (!end)
-    {
-        name = _contexts.open(user,
-                              pathsOnly ? EnumerationContexts::PATHS
-                                        : EnumerationContexts::INSTANCES,
-                              std::move(items), timeout);
-    }
     _appendPullTrailer(out, end, name);
     return true;
 }

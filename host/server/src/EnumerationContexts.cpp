@@ -2,6 +2,8 @@
 
 #include <Pegasus/Common/Exception.h>
 
+#include <malloc.h>
+
 #include <deque>
 #include <random>
 #include <thread>
@@ -155,6 +157,8 @@ std::string EnumerationContexts::open(const std::string& user, Kind kind, Produc
             failure = CIMException(CIM_ERR_FAILED, String(e.what()));
             failed = true;
         }
+        // What the enumeration used lies in this thread's arena: give it back.
+        malloc_trim(0);
         {
             std::lock_guard<std::mutex> lock(context->mutex);
             context->done = true;

@@ -877,6 +877,19 @@ std::set<std::string> _withPullCommon(std::initializer_list<const char*> names)
     return out;
 }
 
+// OpenPegasus's refusal of a page larger than the server allows.
+void _checkMaxObjectCount(Uint32 max, const EnumerationContexts::Limits& limits)
+{
+    if (max > limits.maxObjectCount)
+    {
+        throw CIMException(CIM_ERR_INVALID_PARAMETER,
+                           "Operation maximum object count argument " +
+                               String(std::to_string(max).c_str()) +
+                               " too large. Maximum allowed: " +
+                               String(std::to_string(limits.maxObjectCount).c_str()) + ".");
+    }
+}
+
 void _appendPullTrailer(std::string& out, bool endOfSequence, const std::string& context)
 {
     out += "<PARAMVALUE NAME=\"EndOfSequence\"><VALUE>";
@@ -923,14 +936,7 @@ bool CimOperationProcessor::_dispatchPull(const CimRequest& request,
         {
             throw ParamError{CIM_ERR_INVALID_PARAMETER, "parameter MaxObjectCount is required"};
         }
-        if (max > limits.maxObjectCount)
-        {
-            throw CIMException(CIM_ERR_INVALID_PARAMETER,
-                               "Operation maximum object count argument " +
-                                   String(std::to_string(max).c_str()) +
-                                   " too large. Maximum allowed: " +
-                                   String(std::to_string(limits.maxObjectCount).c_str()) + ".");
-        }
+        _checkMaxObjectCount(max, limits);
         bool end = false;
         std::vector<std::string> items = _contexts.pull(
             user, given->text,
@@ -1002,14 +1008,7 @@ bool CimOperationProcessor::_dispatchPull(const CimRequest& request,
     }
     bool present = false;
     const Uint32 max = p.uint32("MaxObjectCount", 0, present);
-    if (max > limits.maxObjectCount)
-    {
-        throw CIMException(CIM_ERR_INVALID_PARAMETER,
-                           "Operation maximum object count argument " +
-                               String(std::to_string(max).c_str()) +
-                               " too large. Maximum allowed: " +
-                               String(std::to_string(limits.maxObjectCount).c_str()) + ".");
-    }
+    _checkMaxObjectCount(max, limits);
     Uint32 timeout = p.uint32("OperationTimeout", limits.defaultTimeout, present);
     if (present && timeout == 0)
     {

@@ -4,12 +4,16 @@
 //
 // Run: orv_stats_bench [--benchmark_min_time=0.2] [--benchmark_filter=...]
 // Counters per run: instances (per enumeration), peak_rss_MiB (the process's
-// peak resident set during the run) and peak_growth_MiB (that peak less the
-// resident set just before the run's first enumeration).
+// peak resident set during the run), peak_growth_MiB (that peak less the
+// resident set just before the run's first enumeration) and
+// heap_B_per_instance (heap bytes that the answer of the first enumeration
+// holds, per instance: the cost of the objects themselves, which the
+// resident set hides when freed heap is reused).
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
 #include <memory>
 #include <string>
 
@@ -135,7 +139,11 @@ void enumerateInstances(benchmark::State& state, Model model, const char* classN
     // later runs would hide what one enumeration needs.
     long before = statusKiB("VmRSS");
     bool peakReset = resetPeak();
-    enumerate(cls);
+    size_t heapBefore = mallinfo2().uordblks;
+    Array<CIMInstance> first = enumerate(cls);
+    double held = double(mallinfo2().uordblks) - double(heapBefore);
+    size_t firstCount = first.size();
+    first.clear();
     size_t count = 0;
     for (auto _ : state)
     {
@@ -145,6 +153,10 @@ void enumerateInstances(benchmark::State& state, Model model, const char* classN
     }
     long peak = statusKiB("VmHWM");
     state.counters["instances"] = static_cast<double>(count);
+    if (firstCount)
+    {
+        state.counters["heap_B_per_instance"] = held / double(firstCount);
+    }
     state.counters["peak_rss_MiB"] = peak / 1024.0;
     if (peakReset && before >= 0)
     {

@@ -47,6 +47,7 @@ std::string dump(const CIMConstInstance& inst)
         text += (const char*)p.getValue().toString().getCString();
         text += "/";
         text += (const char*)p.getClassOrigin().getString().getCString();
+        text += p.getPropagated() ? "+" : "";
         for (Uint32 k = 0; k < p.getQualifierCount(); k++)
         {
             CIMConstQualifier q = p.getQualifier(k);
@@ -81,6 +82,10 @@ const struct
      }},
     {"qualifier removed", [](CIMInstance& i) { i.getProperty(0).removeQualifier(1); }},
     {"class origin", [](CIMInstance& i) { i.getProperty(1).setClassOrigin(CIMName("X")); }},
+    {"property renamed", [](CIMInstance& i) { i.getProperty(0).setName(CIMName("Bytes")); }},
+    {"propagated", [](CIMInstance& i) { i.getProperty(1).setPropagated(true); }},
+    {"qualifiers only dropped", [](CIMInstance& i) { i.filter(false, true, CIMPropertyList()); }},
+    {"class origin only dropped", [](CIMInstance& i) { i.filter(true, false, CIMPropertyList()); }},
     {"property removed", [](CIMInstance& i) { i.removeProperty(0); }},
     {"instance qualifier removed", [](CIMInstance& i) { i.removeQualifier(0); }},
     {"filtered", [](CIMInstance& i) { i.filter(false, false, CIMPropertyList()); }},
@@ -265,4 +270,82 @@ TEST(ObjectsSharing, ExclusiveInstanceCopiesWhateverSomeoneElseHolds)
     CIMInstance same = Sdk::exclusiveInstance(alone);
     same.removeProperty(0);
     EXPECT_EQ(1u, alone.getPropertyCount());
+}
+
+// Instances built or filtered without qualifiers or class origins share a
+// trimmed form of their class's declarations; it must match the class as it
+// is when the instance is made, not as it was when the form was first made.
+TEST(ObjectsSharing, TrimmedInstancesFollowTheClassAsItIsNow)
+{
+    const struct
+    {
+        bool qualifiers;
+        bool classOrigin;
+    } flags[] = {{false, true}, {true, false}, {false, false}};
+    for (const auto& f : flags)
+    {
+        SCOPED_TRACE(std::to_string(f.qualifiers) + std::to_string(f.classOrigin));
+        CIMClass cls = makeClass();
+        CIMInstance built = cls.buildInstance(f.qualifiers, f.classOrigin, CIMPropertyList());
+        CIMInstance filtered = cls.buildInstance(true, true, CIMPropertyList());
+        filtered.getProperty(0).setValue(CIMValue(Uint64(0)));
+        filtered.filter(f.qualifiers, f.classOrigin, CIMPropertyList());
+        const std::string before = dump(built);
+        EXPECT_EQ(before, dump(filtered));
+
+        CIMProperty size = cls.getProperty(0);
+        size.setName(CIMName("Bytes"));
+        size.setClassOrigin(CIMName("Test_Base"));
+        size.setPropagated(true);
+        CIMInstance later = cls.buildInstance(f.qualifiers, f.classOrigin, CIMPropertyList());
+        CIMInstance laterFiltered = cls.buildInstance(true, true, CIMPropertyList());
+        laterFiltered.filter(f.qualifiers, f.classOrigin, CIMPropertyList());
+
+        EXPECT_EQ(before, dump(built));
+        EXPECT_EQ(before, dump(filtered));
+        EXPECT_EQ(dump(later), dump(laterFiltered));
+        EXPECT_EQ(CIMName("Bytes"), later.getProperty(0).getName());
+        EXPECT_TRUE(later.getProperty(0).getPropagated());
+        EXPECT_EQ(f.classOrigin ? CIMName("Test_Base") : CIMName(),
+                  later.getProperty(0).getClassOrigin());
+        EXPECT_EQ(f.qualifiers ? 2u : 0u, later.getProperty(0).getQualifierCount());
+
+        // Renaming in one trimmed instance reaches no other.
+        later.getProperty(0).setName(CIMName("Mine"));
+        EXPECT_EQ(CIMName("Bytes"), laterFiltered.getProperty(0).getName());
+        EXPECT_EQ(CIMName("Bytes"), cls.getProperty(0).getName());
+    }
+}
+
+TEST(ObjectsSharing, PropertyClonesAndTheirQualifierHandles)
+{
+    CIMProperty original(SIZE, CIMValue(Uint64(1)), 0, CIMName(), CIMName("Test_Stats"));
+    CIMQualifier units(UNITS, CIMValue(String("bytes")));
+    original.addQualifier(units);
+    CIMProperty copy = original.clone();
+
+    // The handle given to addQualifier reaches the original, not the copy.
+    units.setValue(CIMValue(String("KiB")));
+    EXPECT_EQ(CIMValue(String("KiB")), original.getQualifier(0).getValue());
+    EXPECT_EQ(CIMValue(String("bytes")), copy.getQualifier(0).getValue());
+
+    // A read-only handle follows changes made through its own property only.
+    const CIMConstProperty view(copy);
+    CIMConstQualifier seen = view.getQualifier(0);
+    CIMProperty copyOfCopy = copy.clone();
+    copy.getQualifier(0).setValue(CIMValue(String("MiB")));
+    copy.setName(CIMName("Bytes"));
+    EXPECT_EQ(CIMValue(String("MiB")), seen.getValue());
+    EXPECT_EQ(CIMName("Bytes"), view.getName());
+    EXPECT_EQ(CIMValue(String("bytes")), copyOfCopy.getQualifier(0).getValue());
+    EXPECT_EQ(SIZE, copyOfCopy.getName());
+    EXPECT_EQ(CIMValue(String("KiB")), original.getQualifier(0).getValue());
+    EXPECT_EQ(SIZE, original.getName());
+
+    // Values are the property's own as well.
+    copyOfCopy.setValue(CIMValue(Uint64(2)));
+    EXPECT_EQ(CIMValue(Uint64(1)), original.getValue());
+    EXPECT_EQ(CIMValue(Uint64(1)), copy.getValue());
+    EXPECT_TRUE(original.identical(copy.clone()) == false);
+    EXPECT_TRUE(copy.identical(copy.clone()));
 }

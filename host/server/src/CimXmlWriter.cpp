@@ -8,6 +8,7 @@
 #include <Pegasus/Common/CIMQualifier.h>
 #include <Pegasus/Common/CIMType.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Sdk/Utf8.h>
 
 #include <cinttypes>
 #include <cstdio>
@@ -246,7 +247,15 @@ std::string _paramType(const CIMValue& value)
 
 std::string str(const String& text)
 {
-    return std::string(static_cast<const char*>(text.getCString()));
+    std::string out;
+    Sdk::appendUtf8(out, text);
+    // As the C string did: the text ends at an embedded NUL.
+    size_t nul = out.find('\0');
+    if (nul != std::string::npos)
+    {
+        out.resize(nul);
+    }
+    return out;
 }
 
 namespace

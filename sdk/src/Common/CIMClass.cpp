@@ -34,7 +34,7 @@ void keyNamesOf(const CIMObjectRep& rep, Array<CIMName>& keyNames)
     keyNames.clear();
     for (const CIMProperty& p : rep.properties.view())
     {
-        if (hasTrueQualifier(SdkRepAccess::rep(p)->qualifiers, "Key"))
+        if (hasTrueQualifier(SdkRepAccess::rep(p)->qualifiers(), "Key"))
         {
             keyNames.append(p.getName());
         }
@@ -45,7 +45,7 @@ bool hasKeysOf(const CIMObjectRep& rep)
 {
     for (const CIMProperty& p : rep.properties.view())
     {
-        if (hasTrueQualifier(SdkRepAccess::rep(p)->qualifiers, "Key"))
+        if (hasTrueQualifier(SdkRepAccess::rep(p)->qualifiers(), "Key"))
         {
             return true;
         }
@@ -258,15 +258,7 @@ CIMInstance CIMClass::buildInstance(Boolean includeQualifiers, Boolean includeCl
             continue;
         }
         CIMProperty copy = p.clone();
-        CIMPropertyRep& copyRep = *SdkRepAccess::rep(copy);
-        if (!includeQualifiers)
-        {
-            copyRep.qualifiers.clear();
-        }
-        if (!includeClassOrigin)
-        {
-            copyRep.classOrigin = CIMName();
-        }
+        SdkRepAccess::rep(copy)->strip(!includeQualifiers, !includeClassOrigin);
         target.properties.adopt(std::move(copy));
     }
     return instance;

@@ -196,15 +196,7 @@ void CIMInstance::filter(Boolean includeQualifiers, Boolean includeClassOrigin,
             rep.properties.remove(i);
             continue;
         }
-        CIMPropertyRep& pRep = *SdkRepAccess::rep(p);
-        if (!includeQualifiers)
-        {
-            pRep.qualifiers.clear();
-        }
-        if (!includeClassOrigin)
-        {
-            pRep.classOrigin = CIMName();
-        }
+        SdkRepAccess::rep(p)->strip(!includeQualifiers, !includeClassOrigin);
     }
 }
 

@@ -81,7 +81,7 @@ String CIMObjectRep::toMof() const
     text.append("\n{\n");
     for (const CIMProperty& p : properties.view())
     {
-        text.append(qualifierText(SdkRepAccess::rep(p)->qualifiers, "    "));
+        text.append(qualifierText(SdkRepAccess::rep(p)->qualifiers(), "    "));
         text.append("    ");
         if (kind == CLASS)
         {

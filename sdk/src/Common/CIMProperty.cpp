@@ -19,28 +19,26 @@ std::shared_ptr<CIMPropertyRep> makeProperty(const CIMName& name, const CIMValue
     {
         throw TypeMismatchException();
     }
+    auto decl = std::make_shared<CIMPropertyDecl>();
+    decl->name = name;
+    decl->arraySize = arraySize;
+    decl->referenceClassName = referenceClassName;
+    decl->classOrigin = classOrigin;
+    decl->propagated = propagated;
     auto rep = std::make_shared<CIMPropertyRep>();
-    rep->name = name;
+    rep->decl = std::move(decl);
     rep->value = value;
-    rep->arraySize = arraySize;
-    rep->referenceClassName = referenceClassName;
-    rep->classOrigin = classOrigin;
-    rep->propagated = propagated;
     return rep;
-}
-
-std::shared_ptr<CIMPropertyRep> cloneProperty(const CIMPropertyRep& rep)
-{
-    // Copying the qualifier list gives the copy a list of its own.
-    return std::make_shared<CIMPropertyRep>(rep);
 }
 
 bool identicalProperties(const CIMPropertyRep& a, const CIMPropertyRep& b)
 {
-    return a.name.equal(b.name) && a.value == b.value && a.arraySize == b.arraySize &&
-           a.referenceClassName.equal(b.referenceClassName) &&
-           a.classOrigin.equal(b.classOrigin) && a.propagated == b.propagated &&
-           a.qualifiers.identical<CIMConstQualifier>(b.qualifiers);
+    const CIMPropertyDecl& x = *a.decl;
+    const CIMPropertyDecl& y = *b.decl;
+    return x.name.equal(y.name) && a.value == b.value && x.arraySize == y.arraySize &&
+           x.referenceClassName.equal(y.referenceClassName) &&
+           x.classOrigin.equal(y.classOrigin) && x.propagated == y.propagated &&
+           a.qualifiers().identical<CIMConstQualifier>(b.qualifiers());
 }
 } // namespace
 
@@ -71,7 +69,7 @@ CIMProperty& CIMProperty::operator=(const CIMProperty& x)
 
 const CIMName& CIMProperty::getName() const
 {
-    return needRep(_rep).name;
+    return needRep(_rep).decl->name;
 }
 
 void CIMProperty::setName(const CIMName& name)
@@ -80,7 +78,7 @@ void CIMProperty::setName(const CIMName& name)
     {
         throw UninitializedObjectException();
     }
-    needRep(_rep).name = name;
+    needRep(_rep).ownDecl().name = name;
 }
 
 const CIMValue& CIMProperty::getValue() const
@@ -104,7 +102,7 @@ void CIMProperty::setValue(const CIMValue& value)
     // The declared type is part of the property; only its value may change.
     if (value.getType() != rep.value.getType() || value.isArray() != rep.value.isArray())
     {
-        throw TypeMismatchException(String("value of property \"") + rep.name.getString() +
+        throw TypeMismatchException(String("value of property \"") + rep.decl->name.getString() +
                                     "\" has the wrong type");
     }
     rep.value = value;
@@ -112,63 +110,63 @@ void CIMProperty::setValue(const CIMValue& value)
 
 Uint32 CIMProperty::getArraySize() const
 {
-    return needRep(_rep).arraySize;
+    return needRep(_rep).decl->arraySize;
 }
 
 const CIMName& CIMProperty::getReferenceClassName() const
 {
-    return needRep(_rep).referenceClassName;
+    return needRep(_rep).decl->referenceClassName;
 }
 
 const CIMName& CIMProperty::getClassOrigin() const
 {
-    return needRep(_rep).classOrigin;
+    return needRep(_rep).decl->classOrigin;
 }
 
 void CIMProperty::setClassOrigin(const CIMName& classOrigin)
 {
-    needRep(_rep).classOrigin = classOrigin;
+    needRep(_rep).ownDecl().classOrigin = classOrigin;
 }
 
 Boolean CIMProperty::getPropagated() const
 {
-    return needRep(_rep).propagated;
+    return needRep(_rep).decl->propagated;
 }
 
 void CIMProperty::setPropagated(Boolean propagated)
 {
-    needRep(_rep).propagated = propagated;
+    needRep(_rep).ownDecl().propagated = propagated;
 }
 
 CIMProperty& CIMProperty::addQualifier(const CIMQualifier& x)
 {
-    needRep(_rep).qualifiers.add(x, "qualifier");
+    needRep(_rep).ownQualifiers().add(x, "qualifier");
     return *this;
 }
 
 Uint32 CIMProperty::findQualifier(const CIMName& name) const
 {
-    return needRep(_rep).qualifiers.find(name);
+    return needRep(_rep).qualifiers().find(name);
 }
 
 CIMQualifier CIMProperty::getQualifier(Uint32 index)
 {
-    return needRep(_rep).qualifiers.get(index);
+    return needRep(_rep).ownQualifiers().get(index);
 }
 
 CIMConstQualifier CIMProperty::getQualifier(Uint32 index) const
 {
-    return needRep(_rep).qualifiers.get(index);
+    return needRep(_rep).ownQualifiers().get(index);
 }
 
 void CIMProperty::removeQualifier(Uint32 index)
 {
-    needRep(_rep).qualifiers.remove(index);
+    needRep(_rep).ownQualifiers().remove(index);
 }
 
 Uint32 CIMProperty::getQualifierCount() const
 {
-    return needRep(_rep).qualifiers.count();
+    return needRep(_rep).qualifiers().count();
 }
 
 Boolean CIMProperty::identical(const CIMConstProperty& x) const
@@ -178,7 +176,7 @@ Boolean CIMProperty::identical(const CIMConstProperty& x) const
 
 CIMProperty CIMProperty::clone() const
 {
-    return SdkRepAccess::wrap<CIMProperty>(cloneProperty(needRep(_rep)));
+    return SdkRepAccess::wrap<CIMProperty>(needRep(_rep).clone());
 }
 
 Boolean CIMProperty::isUninitialized() const
@@ -223,7 +221,7 @@ CIMConstProperty& CIMConstProperty::operator=(const CIMProperty& x)
 
 const CIMName& CIMConstProperty::getName() const
 {
-    return needRep(_rep).name;
+    return needRep(_rep).decl->name;
 }
 
 const CIMValue& CIMConstProperty::getValue() const
@@ -243,37 +241,37 @@ Boolean CIMConstProperty::isArray() const
 
 Uint32 CIMConstProperty::getArraySize() const
 {
-    return needRep(_rep).arraySize;
+    return needRep(_rep).decl->arraySize;
 }
 
 const CIMName& CIMConstProperty::getReferenceClassName() const
 {
-    return needRep(_rep).referenceClassName;
+    return needRep(_rep).decl->referenceClassName;
 }
 
 const CIMName& CIMConstProperty::getClassOrigin() const
 {
-    return needRep(_rep).classOrigin;
+    return needRep(_rep).decl->classOrigin;
 }
 
 Boolean CIMConstProperty::getPropagated() const
 {
-    return needRep(_rep).propagated;
+    return needRep(_rep).decl->propagated;
 }
 
 Uint32 CIMConstProperty::findQualifier(const CIMName& name) const
 {
-    return needRep(_rep).qualifiers.find(name);
+    return needRep(_rep).qualifiers().find(name);
 }
 
 CIMConstQualifier CIMConstProperty::getQualifier(Uint32 index) const
 {
-    return needRep(_rep).qualifiers.get(index);
+    return needRep(_rep).ownQualifiers().get(index);
 }
 
 Uint32 CIMConstProperty::getQualifierCount() const
 {
-    return needRep(_rep).qualifiers.count();
+    return needRep(_rep).qualifiers().count();
 }
 
 Boolean CIMConstProperty::identical(const CIMConstProperty& x) const
@@ -283,7 +281,7 @@ Boolean CIMConstProperty::identical(const CIMConstProperty& x) const
 
 CIMProperty CIMConstProperty::clone() const
 {
-    return SdkRepAccess::wrap<CIMProperty>(cloneProperty(needRep(_rep)));
+    return SdkRepAccess::wrap<CIMProperty>(needRep(_rep).clone());
 }
 
 Boolean CIMConstProperty::isUninitialized() const

@@ -5,12 +5,16 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <atomic>
+#include <cstring>
+#include <new>
+#include <type_traits>
 #include <variant>
 
 PEGASUS_NAMESPACE_BEGIN
 
-// Scalars are kept as one-element arrays so that every type has a single
-// storage; the variant's index is the CIMType.
+// Arrays, and scalars of the types not held in place (as one-element
+// arrays); the variant's index is the CIMType.
 typedef std::variant<Array<Boolean>, Array<Uint8>, Array<Sint8>, Array<Uint16>, Array<Sint16>,
                      Array<Uint32>, Array<Sint32>, Array<Uint64>, Array<Sint64>, Array<Real32>,
                      Array<Real64>, Array<Char16>, Array<String>, Array<CIMDateTime>,
@@ -19,9 +23,7 @@ typedef std::variant<Array<Boolean>, Array<Uint8>, Array<Sint8>, Array<Uint16>, 
 
 struct CIMValueRep
 {
-    CIMType type = CIMTYPE_BOOLEAN;
-    Boolean isArray = false;
-    Boolean isNull = true;
+    std::atomic<Uint32> refs{1};
     CIMValueData data;
 };
 
@@ -102,65 +104,6 @@ Array<CIMObject> _ownAll(const Array<CIMObject>& x)
 Array<CIMInstance> _ownAll(const Array<CIMInstance>& x)
 {
     return _ownEach(x);
-}
-
-template <class T> std::shared_ptr<const CIMValueRep> _makeScalar(const T& x)
-{
-    auto rep = std::make_shared<CIMValueRep>();
-    rep->type = TypeOf<T>::type;
-    rep->isArray = false;
-    rep->isNull = false;
-    rep->data.emplace<TypeOf<T>::type>(Array<T>(1, _own(x)));
-    return rep;
-}
-
-template <class T> std::shared_ptr<const CIMValueRep> _makeArray(const Array<T>& x)
-{
-    auto rep = std::make_shared<CIMValueRep>();
-    rep->type = TypeOf<T>::type;
-    rep->isArray = true;
-    rep->isNull = false;
-    rep->data.emplace<TypeOf<T>::type>(_ownAll(x));
-    return rep;
-}
-
-template <class T> void _getScalar(const CIMValueRep& rep, T& x)
-{
-    if (rep.type != TypeOf<T>::type || rep.isArray)
-    {
-        throw TypeMismatchException();
-    }
-    if (!rep.isNull)
-    {
-        x = _own(std::get<TypeOf<T>::type>(rep.data)[0]);
-    }
-}
-
-template <class T> void _getArray(const CIMValueRep& rep, Array<T>& x)
-{
-    if (rep.type != TypeOf<T>::type || !rep.isArray)
-    {
-        throw TypeMismatchException();
-    }
-    if (!rep.isNull)
-    {
-        x = _ownAll(std::get<TypeOf<T>::type>(rep.data));
-    }
-}
-
-template <size_t I> void _emplaceEmpty(CIMValueData& data, size_t index)
-{
-    if constexpr (I < std::variant_size_v<CIMValueData>)
-    {
-        if (index == I)
-        {
-            data.emplace<I>();
-        }
-        else
-        {
-            _emplaceEmpty<I + 1>(data, index);
-        }
-    }
 }
 
 Boolean _elementEqual(const Char16& x, const Char16& y)
@@ -308,31 +251,328 @@ String _text(const CIMInstance& x)
 
 } // namespace
 
-CIMValue::CIMValue() : _rep(std::make_shared<CIMValueRep>()) {}
+// Everything that reads or writes a value's storage.
+struct CIMValueAccess
+{
+    // Where a non-null value of type T keeps a scalar.
+    template <class T> static constexpr int scalarForm()
+    {
+        if constexpr (std::is_same_v<T, String>)
+        {
+            return CIMValue::TEXT;
+        }
+        else if constexpr (std::is_same_v<T, CIMDateTime> || std::is_same_v<T, CIMObjectPath> ||
+                           std::is_same_v<T, CIMObject> || std::is_same_v<T, CIMInstance>)
+        {
+            return CIMValue::SHARED;
+        }
+        else
+        {
+            return CIMValue::BITS;
+        }
+    }
+
+    static void init(CIMValue& v, CIMType type = CIMTYPE_BOOLEAN, Boolean isArray = false)
+    {
+        v._type = Uint8(type);
+        v._form = CIMValue::NOTHING;
+        v._isArray = isArray;
+    }
+
+    static CIMValueRep* rep(const CIMValue& v)
+    {
+        CIMValueRep* r;
+        memcpy(&r, v._data, sizeof(r));
+        return r;
+    }
+
+    static const String& text(const CIMValue& v)
+    {
+        return *std::launder(reinterpret_cast<const String*>(v._data));
+    }
+
+    template <class T> static T bits(const CIMValue& v)
+    {
+        T x;
+        memcpy(static_cast<void*>(&x), v._data, sizeof(T));
+        return x;
+    }
+
+    // Drops what the value holds; it reads as null afterwards.
+    static void release(CIMValue& v)
+    {
+        if (v._form == CIMValue::SHARED)
+        {
+            CIMValueRep* r = rep(v);
+            if (r->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            {
+                delete r;
+            }
+        }
+        else if (v._form == CIMValue::TEXT)
+        {
+            std::launder(reinterpret_cast<String*>(v._data))->~String();
+        }
+        v._form = CIMValue::NOTHING;
+    }
+
+    // v must hold nothing.
+    static void copy(CIMValue& v, const CIMValue& x)
+    {
+        v._type = x._type;
+        v._isArray = x._isArray;
+        if (x._form == CIMValue::TEXT)
+        {
+            new (v._data) String(text(x));
+        }
+        else
+        {
+            if (x._form == CIMValue::SHARED)
+            {
+                rep(x)->refs.fetch_add(1, std::memory_order_relaxed);
+            }
+            memcpy(v._data, x._data, sizeof(v._data));
+        }
+        v._form = x._form;
+    }
+
+    template <class T> static void setScalar(CIMValue& v, const T& x)
+    {
+        if constexpr (scalarForm<T>() == CIMValue::TEXT)
+        {
+            // x may be this value's own text: copy it before letting go.
+            String keep(x);
+            release(v);
+            new (v._data) String(std::move(keep));
+        }
+        else if constexpr (scalarForm<T>() == CIMValue::SHARED)
+        {
+            CIMValueRep* r = new CIMValueRep;
+            try
+            {
+                r->data.template emplace<TypeOf<T>::type>(Array<T>(1, _own(x)));
+            }
+            catch (...)
+            {
+                delete r;
+                throw;
+            }
+            release(v);
+            memcpy(v._data, &r, sizeof(r));
+        }
+        else
+        {
+            static_assert(sizeof(T) <= sizeof(v._data) && std::is_trivially_copyable_v<T>,
+                          "held in place");
+            release(v);
+            memset(v._data, 0, sizeof(v._data));
+            memcpy(v._data, static_cast<const void*>(&x), sizeof(T));
+        }
+        v._type = Uint8(TypeOf<T>::type);
+        v._isArray = false;
+        v._form = Uint8(scalarForm<T>());
+    }
+
+    template <class T> static void setArray(CIMValue& v, const Array<T>& x)
+    {
+        CIMValueRep* r = new CIMValueRep;
+        try
+        {
+            r->data.template emplace<TypeOf<T>::type>(_ownAll(x));
+        }
+        catch (...)
+        {
+            delete r;
+            throw;
+        }
+        release(v);
+        memcpy(v._data, &r, sizeof(r));
+        v._type = Uint8(TypeOf<T>::type);
+        v._isArray = true;
+        v._form = CIMValue::SHARED;
+    }
+
+    template <class T> static T scalar(const CIMValue& v)
+    {
+        if constexpr (scalarForm<T>() == CIMValue::TEXT)
+        {
+            return text(v);
+        }
+        else if constexpr (scalarForm<T>() == CIMValue::SHARED)
+        {
+            return _own(std::get<TypeOf<T>::type>(rep(v)->data)[0]);
+        }
+        else
+        {
+            return bits<T>(v);
+        }
+    }
+
+    template <class T> static void getScalar(const CIMValue& v, T& x)
+    {
+        if (v._type != TypeOf<T>::type || v._isArray)
+        {
+            throw TypeMismatchException();
+        }
+        if (v._form != CIMValue::NOTHING)
+        {
+            x = scalar<T>(v);
+        }
+    }
+
+    template <class T> static void getArray(const CIMValue& v, Array<T>& x)
+    {
+        if (v._type != TypeOf<T>::type || !v._isArray)
+        {
+            throw TypeMismatchException();
+        }
+        if (v._form != CIMValue::NOTHING)
+        {
+            x = _ownAll(std::get<TypeOf<T>::type>(rep(v)->data));
+        }
+    }
+
+    // Calls f with a default T for the value's type, T being the scalar
+    // type (Boolean ... CIMInstance).
+    template <class F> static auto dispatch(CIMType type, F&& f)
+    {
+        switch (type)
+        {
+        case CIMTYPE_BOOLEAN:
+            return f(Boolean());
+        case CIMTYPE_UINT8:
+            return f(Uint8());
+        case CIMTYPE_SINT8:
+            return f(Sint8());
+        case CIMTYPE_UINT16:
+            return f(Uint16());
+        case CIMTYPE_SINT16:
+            return f(Sint16());
+        case CIMTYPE_UINT32:
+            return f(Uint32());
+        case CIMTYPE_SINT32:
+            return f(Sint32());
+        case CIMTYPE_UINT64:
+            return f(Uint64());
+        case CIMTYPE_SINT64:
+            return f(Sint64());
+        case CIMTYPE_REAL32:
+            return f(Real32());
+        case CIMTYPE_REAL64:
+            return f(Real64());
+        case CIMTYPE_CHAR16:
+            return f(Char16());
+        default:
+            // Every other type is a class or array held in a shared rep;
+            // the callers only dispatch what is held in place.
+            return f(String());
+        }
+    }
+
+    static Boolean equal(const CIMValue& v, const CIMValue& x)
+    {
+        if (v._type != x._type || v._isArray != x._isArray)
+        {
+            return false;
+        }
+        if ((v._form == CIMValue::NOTHING) != (x._form == CIMValue::NOTHING))
+        {
+            return false;
+        }
+        switch (v._form)
+        {
+        case CIMValue::NOTHING:
+            return true;
+        case CIMValue::TEXT:
+            return String::equal(text(v), text(x));
+        case CIMValue::BITS:
+            return dispatch(CIMType(v._type),
+                            [&](auto t)
+                            {
+                                using T = decltype(t);
+                                return _elementEqual(scalar<T>(v), scalar<T>(x));
+                            });
+        default:
+            return std::visit(
+                [&x](const auto& a)
+                {
+                    using A = std::decay_t<decltype(a)>;
+                    return _arraysEqual(a, std::get<A>(rep(x)->data));
+                },
+                rep(v)->data);
+        }
+    }
+
+    static String toString(const CIMValue& v)
+    {
+        switch (v._form)
+        {
+        case CIMValue::NOTHING:
+            return String();
+        case CIMValue::TEXT:
+            return text(v);
+        case CIMValue::BITS:
+            return dispatch(CIMType(v._type),
+                            [&](auto t) { return _text(scalar<decltype(t)>(v)); });
+        default:
+            break;
+        }
+        Boolean array = v._isArray;
+        return std::visit(
+            [array](const auto& a)
+            {
+                String out;
+                for (Uint32 i = 0; i < a.size(); i++)
+                {
+                    out.append(_text(a[i]));
+                    if (array)
+                    {
+                        out.append(Char16(' '));
+                    }
+                }
+                return out;
+            },
+            rep(v)->data);
+    }
+};
+
+CIMValue::CIMValue()
+{
+    CIMValueAccess::init(*this);
+}
 
 CIMValue::CIMValue(CIMType type, Boolean isArray, Uint32 arraySize)
 {
+    CIMValueAccess::init(*this);
     setNullValue(type, isArray, arraySize);
 }
 
 #define ORV_SDK_VALUE_OVERLOADS(T, P)                                                              \
-    CIMValue::CIMValue(P x) : _rep(_makeScalar(x)) {}                                              \
-    CIMValue::CIMValue(const Array<T>& x) : _rep(_makeArray(x)) {}                                 \
+    CIMValue::CIMValue(P x)                                                                        \
+    {                                                                                              \
+        CIMValueAccess::init(*this);                                                               \
+        CIMValueAccess::setScalar<T>(*this, x);                                                    \
+    }                                                                                              \
+    CIMValue::CIMValue(const Array<T>& x)                                                          \
+    {                                                                                              \
+        CIMValueAccess::init(*this);                                                               \
+        CIMValueAccess::setArray(*this, x);                                                        \
+    }                                                                                              \
     void CIMValue::set(P x)                                                                        \
     {                                                                                              \
-        _rep = _makeScalar(x);                                                                     \
+        CIMValueAccess::setScalar<T>(*this, x);                                                    \
     }                                                                                              \
     void CIMValue::set(const Array<T>& x)                                                          \
     {                                                                                              \
-        _rep = _makeArray(x);                                                                      \
+        CIMValueAccess::setArray(*this, x);                                                        \
     }                                                                                              \
     void CIMValue::get(T& x) const                                                                 \
     {                                                                                              \
-        _getScalar(*_rep, x);                                                                      \
+        CIMValueAccess::getScalar(*this, x);                                                       \
     }                                                                                              \
     void CIMValue::get(Array<T>& x) const                                                          \
     {                                                                                              \
-        _getArray(*_rep, x);                                                                       \
+        CIMValueAccess::getArray(*this, x);                                                        \
     }
 
 ORV_SDK_VALUE_OVERLOADS(Boolean, Boolean)
@@ -354,49 +594,65 @@ ORV_SDK_VALUE_OVERLOADS(CIMObject, const CIMObject&)
 ORV_SDK_VALUE_OVERLOADS(CIMInstance, const CIMInstance&)
 #undef ORV_SDK_VALUE_OVERLOADS
 
-CIMValue::CIMValue(const CIMValue& x) = default;
+CIMValue::CIMValue(const CIMValue& x)
+{
+    CIMValueAccess::init(*this);
+    CIMValueAccess::copy(*this, x);
+}
 
-CIMValue::~CIMValue() {}
+CIMValue::~CIMValue()
+{
+    CIMValueAccess::release(*this);
+}
 
-CIMValue& CIMValue::operator=(const CIMValue& x) = default;
+CIMValue& CIMValue::operator=(const CIMValue& x)
+{
+    if (this != &x)
+    {
+        CIMValueAccess::release(*this);
+        CIMValueAccess::copy(*this, x);
+    }
+    return *this;
+}
 
 void CIMValue::assign(const CIMValue& x)
 {
-    _rep = x._rep;
+    *this = x;
 }
 
 void CIMValue::clear()
 {
-    _rep = std::make_shared<CIMValueRep>();
+    CIMValueAccess::release(*this);
+    CIMValueAccess::init(*this);
 }
 
 Boolean CIMValue::typeCompatible(const CIMValue& x) const
 {
-    return _rep->type == x._rep->type && _rep->isArray == x._rep->isArray;
+    return _type == x._type && _isArray == x._isArray;
 }
 
 Boolean CIMValue::isArray() const
 {
-    return _rep->isArray;
+    return _isArray;
 }
 
 Boolean CIMValue::isNull() const
 {
-    return _rep->isNull;
+    return _form == NOTHING;
 }
 
 Uint32 CIMValue::getArraySize() const
 {
-    if (!_rep->isArray || _rep->isNull)
+    if (!_isArray || _form == NOTHING)
     {
         return 0;
     }
-    return std::visit([](const auto& a) { return a.size(); }, _rep->data);
+    return std::visit([](const auto& a) { return a.size(); }, CIMValueAccess::rep(*this)->data);
 }
 
 CIMType CIMValue::getType() const
 {
-    return _rep->type;
+    return CIMType(_type);
 }
 
 void CIMValue::setNullValue(CIMType type, Boolean isArray, Uint32 /*arraySize*/)
@@ -405,55 +661,18 @@ void CIMValue::setNullValue(CIMType type, Boolean isArray, Uint32 /*arraySize*/)
     {
         throw TypeMismatchException();
     }
-    auto rep = std::make_shared<CIMValueRep>();
-    rep->type = type;
-    rep->isArray = isArray;
-    rep->isNull = true;
-    _emplaceEmpty<0>(rep->data, size_t(type));
-    _rep = rep;
+    CIMValueAccess::release(*this);
+    CIMValueAccess::init(*this, type, isArray);
 }
 
 Boolean CIMValue::equal(const CIMValue& x) const
 {
-    if (!typeCompatible(x) || _rep->isNull != x._rep->isNull)
-    {
-        return false;
-    }
-    if (_rep->isNull)
-    {
-        return true;
-    }
-    return std::visit(
-        [&x](const auto& a)
-        {
-            using A = std::decay_t<decltype(a)>;
-            return _arraysEqual(a, std::get<A>(x._rep->data));
-        },
-        _rep->data);
+    return CIMValueAccess::equal(*this, x);
 }
 
 String CIMValue::toString() const
 {
-    if (_rep->isNull)
-    {
-        return String();
-    }
-    Boolean array = _rep->isArray;
-    return std::visit(
-        [array](const auto& a)
-        {
-            String out;
-            for (Uint32 i = 0; i < a.size(); i++)
-            {
-                out.append(_text(a[i]));
-                if (array)
-                {
-                    out.append(Char16(' '));
-                }
-            }
-            return out;
-        },
-        _rep->data);
+    return CIMValueAccess::toString(*this);
 }
 
 Boolean operator==(const CIMValue& x, const CIMValue& y)

@@ -417,17 +417,178 @@ public:
     Uint32 arraySize = 0;
 };
 
-class CIMPropertyRep
+// Everything about a property but its value. The properties of all the
+// instances built from one class share their class's declarations, so an
+// instance costs little more than its values. A declaration never changes
+// while shared: a property that changes one takes a copy of its own first.
+class CIMPropertyDecl
 {
 public:
+    CIMPropertyDecl() = default;
+    // A copy starts without the cached variants.
+    CIMPropertyDecl(const CIMPropertyDecl& x);
+    CIMPropertyDecl& operator=(const CIMPropertyDecl&) = delete;
+    ~CIMPropertyDecl();
+
     CIMName name;
-    CIMValue value;
     Uint32 arraySize = 0;
     CIMName referenceClassName;
     CIMName classOrigin;
     Boolean propagated = false;
+    // Never exposed: a property that hands out or takes in a qualifier
+    // moves the list to one of its own first.
     NamedList<CIMQualifier> qualifiers;
+
+    // This declaration less its qualifiers and/or class origin, made once
+    // and shared, for the instances that leave them out.
+    std::shared_ptr<const CIMPropertyDecl> stripped(const std::shared_ptr<const CIMPropertyDecl>& self,
+                                                    bool dropQualifiers, bool dropClassOrigin) const;
+
+    // Before a change: the variants made so far no longer match.
+    void forgetVariants();
+
+private:
+    mutable std::atomic<std::shared_ptr<const CIMPropertyDecl>*> _stripped[3] = {};
 };
+
+class CIMPropertyRep
+{
+public:
+    CIMPropertyRep() = default;
+    CIMPropertyRep(const CIMPropertyRep&) = delete;
+    CIMPropertyRep& operator=(const CIMPropertyRep&) = delete;
+    ~CIMPropertyRep()
+    {
+        delete _ownQualifiers.load(std::memory_order_relaxed);
+    }
+
+    std::shared_ptr<const CIMPropertyDecl> decl;
+    CIMValue value;
+
+    // The declaration, to change: copied first when shared.
+    CIMPropertyDecl& ownDecl()
+    {
+        if (decl.use_count() > 1)
+        {
+            decl = std::make_shared<CIMPropertyDecl>(*decl);
+        }
+        CIMPropertyDecl& d = const_cast<CIMPropertyDecl&>(*decl);
+        d.forgetVariants();
+        return d;
+    }
+
+    // The qualifiers as they read.
+    const NamedList<CIMQualifier>& qualifiers() const
+    {
+        NamedList<CIMQualifier>* own = _ownQualifiers.load(std::memory_order_acquire);
+        return own ? *own : decl->qualifiers;
+    }
+
+    // The list to hand qualifiers out of or take them into: the property's
+    // own. Made on first use, also from const readers, hence the exchange.
+    NamedList<CIMQualifier>& ownQualifiers() const
+    {
+        NamedList<CIMQualifier>* own = _ownQualifiers.load(std::memory_order_acquire);
+        if (own)
+        {
+            return *own;
+        }
+        auto made = std::make_unique<NamedList<CIMQualifier>>(decl->qualifiers);
+        if (_ownQualifiers.compare_exchange_strong(own, made.get(), std::memory_order_acq_rel))
+        {
+            return *made.release();
+        }
+        return *own;
+    }
+
+    // Leaves out the qualifiers and/or the class origin.
+    void strip(bool dropQualifiers, bool dropClassOrigin)
+    {
+        if (dropQualifiers)
+        {
+            delete _ownQualifiers.exchange(nullptr, std::memory_order_acq_rel);
+        }
+        if ((dropQualifiers && decl->qualifiers.count()) ||
+            (dropClassOrigin && !decl->classOrigin.isNull()))
+        {
+            decl = decl->stripped(decl, dropQualifiers, dropClassOrigin);
+        }
+    }
+
+    // A copy sharing the declaration; a property with a list of its own
+    // gives the copy a declaration holding a copy of that list (which
+    // clones qualifiers that handles reach).
+    std::shared_ptr<CIMPropertyRep> clone() const
+    {
+        auto copy = std::make_shared<CIMPropertyRep>();
+        copy->value = value;
+        NamedList<CIMQualifier>* own = _ownQualifiers.load(std::memory_order_acquire);
+        if (own)
+        {
+            auto d = std::make_shared<CIMPropertyDecl>(*decl);
+            d->qualifiers = *own;
+            copy->decl = std::move(d);
+        }
+        else
+        {
+            copy->decl = decl;
+        }
+        return copy;
+    }
+
+private:
+    mutable std::atomic<NamedList<CIMQualifier>*> _ownQualifiers{nullptr};
+};
+
+inline CIMPropertyDecl::CIMPropertyDecl(const CIMPropertyDecl& x)
+    : name(x.name), arraySize(x.arraySize), referenceClassName(x.referenceClassName),
+      classOrigin(x.classOrigin), propagated(x.propagated), qualifiers(x.qualifiers)
+{
+}
+
+inline CIMPropertyDecl::~CIMPropertyDecl()
+{
+    forgetVariants();
+}
+
+inline void CIMPropertyDecl::forgetVariants()
+{
+    for (auto& slot : _stripped)
+    {
+        delete slot.exchange(nullptr, std::memory_order_relaxed);
+    }
+}
+
+inline std::shared_ptr<const CIMPropertyDecl>
+CIMPropertyDecl::stripped(const std::shared_ptr<const CIMPropertyDecl>& self, bool dropQualifiers,
+                          bool dropClassOrigin) const
+{
+    if (!dropQualifiers && !dropClassOrigin)
+    {
+        return self;
+    }
+    auto& slot = _stripped[(dropQualifiers ? 1 : 0) + (dropClassOrigin ? 2 : 0) - 1];
+    std::shared_ptr<const CIMPropertyDecl>* made = slot.load(std::memory_order_acquire);
+    if (made)
+    {
+        return *made;
+    }
+    auto d = std::make_shared<CIMPropertyDecl>(*this);
+    if (dropQualifiers)
+    {
+        d->qualifiers.clear();
+    }
+    if (dropClassOrigin)
+    {
+        d->classOrigin = CIMName();
+    }
+    auto fresh = std::make_unique<std::shared_ptr<const CIMPropertyDecl>>(std::move(d));
+    if (slot.compare_exchange_strong(made, fresh.get(), std::memory_order_acq_rel))
+    {
+        made = fresh.release();
+    }
+    return *made;
+}
 
 class CIMParameterRep
 {

@@ -3,10 +3,16 @@
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Common/String.h>
 
+#include <Pegasus/Sdk/Utf8.h>
+
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <ostream>
+#include <string>
+#include <vector>
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -41,18 +47,20 @@ size_t _length(const Char16* str)
                     " is not valid UTF-8 encoding");
 }
 
-// Appends the UTF-16 form of the UTF-8 text; rejects overlong forms,
-// surrogates and truncated sequences.
-void _decodeUtf8(std::vector<Char16>& out, const char* str, size_t n)
+// Writes the UTF-16 form of the UTF-8 text to out, which has room for n
+// code units (never more than the bytes), and answers how many it wrote;
+// rejects overlong forms, surrogates and truncated sequences.
+size_t _decodeUtf8(Char16* out, const char* str, size_t n)
 {
     const unsigned char* p = reinterpret_cast<const unsigned char*>(str);
     size_t i = 0;
+    size_t o = 0;
     while (i < n)
     {
         unsigned char c = p[i];
         if (c < 0x80)
         {
-            out.push_back(Char16(c));
+            out[o++] = Char16(c);
             i++;
             continue;
         }
@@ -100,50 +108,78 @@ void _decodeUtf8(std::vector<Char16>& out, const char* str, size_t n)
         if (code >= 0x10000)
         {
             code -= 0x10000;
-            out.push_back(Char16(Uint16(0xD800 + (code >> 10))));
-            out.push_back(Char16(Uint16(0xDC00 + (code & 0x3FF))));
+            out[o++] = Char16(Uint16(0xD800 + (code >> 10)));
+            out[o++] = Char16(Uint16(0xDC00 + (code & 0x3FF)));
         }
         else
         {
-            out.push_back(Char16(Uint16(code)));
+            out[o++] = Char16(Uint16(code));
         }
         i += len;
     }
+    return o;
 }
 
-void _encodeUtf8(std::string& out, const Char16* p, size_t n)
+// The code point at p[i] (a surrogate pair counts as one) and how many code
+// units it takes.
+inline Uint32 _codePoint(const Char16* p, size_t i, size_t n, size_t& units)
 {
-    for (size_t i = 0; i < n; i++)
+    Uint32 c = p[i];
+    units = 1;
+    if (c >= 0xD800 && c <= 0xDBFF && i + 1 < n && p[i + 1] >= 0xDC00 && p[i + 1] <= 0xDFFF)
     {
-        Uint32 c = p[i];
-        if (c >= 0xD800 && c <= 0xDBFF && i + 1 < n && p[i + 1] >= 0xDC00 && p[i + 1] <= 0xDFFF)
-        {
-            c = 0x10000 + ((c - 0xD800) << 10) + (Uint16(p[i + 1]) - 0xDC00);
-            i++;
-        }
+        units = 2;
+        return 0x10000 + ((c - 0xD800) << 10) + (Uint16(p[i + 1]) - 0xDC00);
+    }
+    return c;
+}
+
+size_t _utf8Length(const Char16* p, size_t n)
+{
+    size_t length = 0;
+    for (size_t i = 0; i < n;)
+    {
+        size_t units;
+        Uint32 c = _codePoint(p, i, n, units);
+        i += units;
+        length += c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
+    }
+    return length;
+}
+
+// Writes the UTF-8 form of p[0, n) to out, which has room for
+// _utf8Length(p, n) bytes; answers the end of what it wrote.
+char* _encodeUtf8(char* out, const Char16* p, size_t n)
+{
+    for (size_t i = 0; i < n;)
+    {
+        size_t units;
+        Uint32 c = _codePoint(p, i, n, units);
+        i += units;
         if (c < 0x80)
         {
-            out += char(c);
+            *out++ = char(c);
         }
         else if (c < 0x800)
         {
-            out += char(0xC0 | (c >> 6));
-            out += char(0x80 | (c & 0x3F));
+            *out++ = char(0xC0 | (c >> 6));
+            *out++ = char(0x80 | (c & 0x3F));
         }
         else if (c < 0x10000)
         {
-            out += char(0xE0 | (c >> 12));
-            out += char(0x80 | ((c >> 6) & 0x3F));
-            out += char(0x80 | (c & 0x3F));
+            *out++ = char(0xE0 | (c >> 12));
+            *out++ = char(0x80 | ((c >> 6) & 0x3F));
+            *out++ = char(0x80 | (c & 0x3F));
         }
         else
         {
-            out += char(0xF0 | (c >> 18));
-            out += char(0x80 | ((c >> 12) & 0x3F));
-            out += char(0x80 | ((c >> 6) & 0x3F));
-            out += char(0x80 | (c & 0x3F));
+            *out++ = char(0xF0 | (c >> 18));
+            *out++ = char(0x80 | ((c >> 12) & 0x3F));
+            *out++ = char(0x80 | ((c >> 6) & 0x3F));
+            *out++ = char(0x80 | (c & 0x3F));
         }
     }
+    return out;
 }
 
 const Char16 _emptyData[1] = {Char16()};
@@ -192,42 +228,105 @@ CString::operator const char*() const
 // String
 //
 
+// Text shared by copies: the code units and a terminating 0, in one block.
+struct StringRep
+{
+    std::atomic<Uint32> refs;
+    Uint32 size;
+    Uint32 capacity;
+    Char16 data[1];
+};
+
+namespace
+{
+
+StringRep* _allocRep(Uint32 capacity)
+{
+    void* block = ::operator new(sizeof(StringRep) + size_t(capacity) * sizeof(Char16));
+    StringRep* rep = new (block) StringRep;
+    rep->refs.store(1, std::memory_order_relaxed);
+    rep->size = 0;
+    rep->capacity = capacity;
+    rep->data[0] = Char16();
+    return rep;
+}
+
+void _ref(StringRep* rep)
+{
+    if (rep)
+    {
+        rep->refs.fetch_add(1, std::memory_order_relaxed);
+    }
+}
+
+void _unref(StringRep* rep)
+{
+    if (rep && rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+    {
+        rep->~StringRep();
+        ::operator delete(static_cast<void*>(rep));
+    }
+}
+
+StringRep* _makeRep(const Char16* p, Uint32 n)
+{
+    if (n == 0)
+    {
+        return nullptr;
+    }
+    StringRep* rep = _allocRep(n);
+    memcpy(rep->data, p, size_t(n) * sizeof(Char16));
+    rep->data[n] = Char16();
+    rep->size = n;
+    return rep;
+}
+
+} // namespace
+
 const String String::EMPTY;
 
-String::String() {}
+String::String() : _rep(nullptr) {}
 
-String::String(const String& str) = default;
+String::String(const String& str) : _rep(str._rep)
+{
+    _ref(_rep);
+}
 
-String::String(String&& str) noexcept : _rep(std::move(str._rep)) {}
+String::String(String&& str) noexcept : _rep(str._rep)
+{
+    str._rep = nullptr;
+}
 
-String::String(const String& str, Uint32 n)
+String::String(const String& str, Uint32 n) : _rep(nullptr)
 {
     Uint32 size = str.size();
     assign(str.getChar16Data(), n < size ? n : size);
 }
 
-String::String(const Char16* str)
+String::String(const Char16* str) : _rep(nullptr)
 {
     assign(str);
 }
 
-String::String(const Char16* str, Uint32 n)
+String::String(const Char16* str, Uint32 n) : _rep(nullptr)
 {
     assign(str, n);
 }
 
-String::String(const char* str)
+String::String(const char* str) : _rep(nullptr)
 {
     assign(str);
 }
 
-String::String(const char* str, Uint32 n)
+String::String(const char* str, Uint32 n) : _rep(nullptr)
 {
     assign(str, n);
 }
 
-String::String(const String& s1, const String& s2) : String(s1)
+String::String(const String& s1, const String& s2) : _rep(nullptr)
 {
+    reserveCapacity(s1.size() + s2.size());
+    append(s1);
     append(s2);
 }
 
@@ -241,13 +340,27 @@ String::String(const char* s1, const String& s2) : String(s1)
     append(s2);
 }
 
-String::~String() {}
+String::~String()
+{
+    _unref(_rep);
+}
 
-String& String::operator=(const String& str) = default;
+String& String::operator=(const String& str)
+{
+    _ref(str._rep);
+    _unref(_rep);
+    _rep = str._rep;
+    return *this;
+}
 
 String& String::operator=(String&& str) noexcept
 {
-    _rep = std::move(str._rep);
+    if (this != &str)
+    {
+        _unref(_rep);
+        _rep = str._rep;
+        str._rep = nullptr;
+    }
     return *this;
 }
 
@@ -271,12 +384,10 @@ String& String::assign(const Char16* str, Uint32 n)
     {
         throw NullPointer();
     }
-    _rep.clear();
-    if (n)
-    {
-        _rep.assign(str, str + n);
-        _rep.push_back(Char16());
-    }
+    // str may point into this string's own text: copy before letting go.
+    StringRep* rep = _makeRep(str, n);
+    _unref(_rep);
+    _rep = rep;
     return *this;
 }
 
@@ -302,43 +413,80 @@ String& String::assign(const char* str, Uint32 n)
 
 void String::_setUtf8(const char* str, size_t n)
 {
-    std::vector<Char16> rep;
+    StringRep* rep = nullptr;
     if (n)
     {
-        rep.reserve(n + 1);
-        _decodeUtf8(rep, str, n);
-        rep.push_back(Char16());
+        // UTF-8 never takes fewer bytes than UTF-16 takes code units.
+        rep = _allocRep(Uint32(n));
+        try
+        {
+            rep->size = Uint32(_decodeUtf8(rep->data, str, n));
+        }
+        catch (...)
+        {
+            _unref(rep);
+            throw;
+        }
+        rep->data[rep->size] = Char16();
     }
-    _rep.swap(rep);
+    _unref(_rep);
+    _rep = rep;
+}
+
+void String::_unique(Uint32 capacity)
+{
+    Uint32 size = this->size();
+    if (capacity < size)
+    {
+        capacity = size;
+    }
+    if (_rep && _rep->refs.load(std::memory_order_acquire) == 1 && _rep->capacity >= capacity)
+    {
+        return;
+    }
+    if (capacity == 0)
+    {
+        return;
+    }
+    StringRep* rep = _allocRep(capacity);
+    if (size)
+    {
+        memcpy(rep->data, _rep->data, size_t(size) * sizeof(Char16));
+    }
+    rep->size = size;
+    rep->data[size] = Char16();
+    _unref(_rep);
+    _rep = rep;
 }
 
 void String::clear()
 {
-    _rep.clear();
+    _unref(_rep);
+    _rep = nullptr;
 }
 
 void String::reserveCapacity(Uint32 capacity)
 {
-    _rep.reserve(size_t(capacity) + 1);
+    _unique(capacity);
 }
 
 Uint32 String::size() const
 {
-    return _rep.empty() ? 0 : Uint32(_rep.size() - 1);
+    return _rep ? _rep->size : 0;
 }
 
 const Char16* String::getChar16Data() const
 {
-    return _rep.empty() ? _emptyData : _rep.data();
+    return _rep ? _rep->data : _emptyData;
 }
 
 CString String::getCString() const
 {
-    std::string utf8;
-    _encodeUtf8(utf8, getChar16Data(), size());
-    char* p = new char[utf8.size() + 1];
-    memcpy(p, utf8.c_str(), utf8.size() + 1);
-    return CString(p);
+    const Char16* p = getChar16Data();
+    size_t n = size();
+    char* text = new char[_utf8Length(p, n) + 1];
+    *_encodeUtf8(text, p, n) = '\0';
+    return CString(text);
 }
 
 Char16& String::operator[](Uint32 index)
@@ -347,7 +495,8 @@ Char16& String::operator[](Uint32 index)
     {
         throw IndexOutOfBoundsException();
     }
-    return _rep[index];
+    _unique(0);
+    return _rep->data[index];
 }
 
 const Char16 String::operator[](Uint32 index) const
@@ -356,7 +505,7 @@ const Char16 String::operator[](Uint32 index) const
     {
         throw IndexOutOfBoundsException();
     }
-    return _rep[index];
+    return _rep->data[index];
 }
 
 String& String::append(const Char16& c)
@@ -370,8 +519,12 @@ String& String::append(const char* str, Uint32 size)
     {
         throw NullPointer();
     }
-    std::vector<Char16> tail;
-    _decodeUtf8(tail, str, size);
+    if (size == 0)
+    {
+        return *this;
+    }
+    std::vector<Char16> tail(size);
+    tail.resize(_decodeUtf8(tail.data(), str, size));
     return append(tail.data(), Uint32(tail.size()));
 }
 
@@ -406,16 +559,28 @@ String& String::append(const Char16* str, Uint32 n)
     {
         throw NullPointer();
     }
-    if (_rep.empty())
+    Uint32 size = this->size();
+    Uint32 needed = size + n;
+    if (!_rep || _rep->refs.load(std::memory_order_acquire) != 1 || _rep->capacity < needed)
     {
-        _rep.assign(str, str + n);
+        // Grows geometrically so that appending in a loop stays linear; str
+        // may lie in the old text, which lives until the copy is made.
+        Uint32 capacity = size && needed < 2 * size ? 2 * size : needed;
+        StringRep* rep = _allocRep(capacity);
+        if (size)
+        {
+            memcpy(rep->data, _rep->data, size_t(size) * sizeof(Char16));
+        }
+        memcpy(rep->data + size, str, size_t(n) * sizeof(Char16));
+        rep->size = needed;
+        rep->data[needed] = Char16();
+        _unref(_rep);
+        _rep = rep;
+        return *this;
     }
-    else
-    {
-        _rep.pop_back();
-        _rep.insert(_rep.end(), str, str + n);
-    }
-    _rep.push_back(Char16());
+    memmove(_rep->data + size, str, size_t(n) * sizeof(Char16));
+    _rep->size = needed;
+    _rep->data[needed] = Char16();
     return *this;
 }
 
@@ -425,6 +590,10 @@ String& String::append(const String& str)
     {
         String copy(str);
         return append(copy.getChar16Data(), copy.size());
+    }
+    if (!_rep)
+    {
+        return *this = str;
     }
     return append(str.getChar16Data(), str.size());
 }
@@ -463,11 +632,15 @@ void String::remove(Uint32 index, Uint32 size)
     {
         return;
     }
-    _rep.erase(_rep.begin() + index, _rep.begin() + index + size);
-    if (_rep.size() == 1)
+    if (size == length)
     {
-        _rep.clear();
+        clear();
+        return;
     }
+    _unique(0);
+    Char16* p = _rep->data;
+    memmove(p + index, p + index + size, size_t(length - index - size + 1) * sizeof(Char16));
+    _rep->size = length - size;
 }
 
 String String::subString(Uint32 index, Uint32 n) const
@@ -480,6 +653,10 @@ String String::subString(Uint32 index, Uint32 n) const
     if (n == PEG_NOT_FOUND || n > length - index)
     {
         n = length - index;
+    }
+    if (index == 0 && n == length)
+    {
+        return *this;
     }
     return String(getChar16Data() + index, n);
 }
@@ -547,17 +724,19 @@ Uint32 String::reverseFind(Char16 c) const
 
 void String::toLower()
 {
+    _unique(0);
     for (Uint32 i = 0, n = size(); i < n; i++)
     {
-        _rep[i] = _lower(_rep[i]);
+        _rep->data[i] = _lower(_rep->data[i]);
     }
 }
 
 void String::toUpper()
 {
+    _unique(0);
     for (Uint32 i = 0, n = size(); i < n; i++)
     {
-        _rep[i] = _upper(_rep[i]);
+        _rep->data[i] = _upper(_rep->data[i]);
     }
 }
 
@@ -669,6 +848,32 @@ String operator+(const char* s1, const String& s2)
 {
     return String(s1, s2);
 }
+
+namespace Sdk
+{
+
+void appendUtf8(std::string& out, const String& text)
+{
+    const Char16* p = text.getChar16Data();
+    size_t n = text.size();
+    size_t start = out.size();
+    // Names and most values are ASCII: one byte per code unit, no counting.
+    size_t i = 0;
+    out.resize(start + n);
+    char* q = &out[0] + start;
+    for (; i < n && Uint16(p[i]) < 0x80; i++)
+    {
+        q[i] = char(Uint16(p[i]));
+    }
+    if (i == n)
+    {
+        return;
+    }
+    out.resize(start + i + _utf8Length(p + i, n - i));
+    _encodeUtf8(&out[0] + start + i, p + i, n - i);
+}
+
+} // namespace Sdk
 
 std::ostream& operator<<(std::ostream& os, const String& str)
 {

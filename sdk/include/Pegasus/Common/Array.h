@@ -212,7 +212,9 @@ public:
         Uint32 capacity = getCapacity();
         if (needed > capacity || !_rep || _rep.use_count() > 1)
         {
-            Uint32 grown = capacity < 8 ? 8 : capacity * 2;
+            // A first insert takes only what it needs: most arrays (key
+            // bindings, values) never grow past it.
+            Uint32 grown = capacity == 0 ? needed : capacity < 8 ? 8 : capacity * 2;
             _unique(needed > grown ? needed : grown);
         }
         std::uninitialized_copy_n(x, size, _rep->data + oldSize);

@@ -10,8 +10,6 @@
 #include <Pegasus/Common/Linkage.h>
 #include <Pegasus/Common/String.h>
 
-#include <memory>
-
 PEGASUS_NAMESPACE_BEGIN
 
 class CIMObject;
@@ -21,6 +19,8 @@ struct CIMValueRep;
 // A typed CIM value, scalar or array, possibly null. Copies share the
 // representation until one is modified. Embedded objects and instances are
 // copied deeply on the way in and out, so a value never aliases them.
+// Null values and scalars other than date-times, references and embedded
+// objects are held in the value itself, so making one does not allocate.
 class PEGASUS_COMMON_LINKAGE CIMValue
 {
 public:
@@ -159,7 +159,21 @@ public:
     String toString() const;
 
 private:
-    std::shared_ptr<const CIMValueRep> _rep;
+    friend struct CIMValueAccess;
+
+    // What _data holds.
+    enum Form
+    {
+        NOTHING,  // a null value
+        BITS,     // a boolean, number or char16, in its own width
+        TEXT,     // a String
+        SHARED    // a CIMValueRep*, which never changes while shared
+    };
+
+    alignas(8) unsigned char _data[8];
+    Uint8 _type;
+    Uint8 _form;
+    Boolean _isArray;
 };
 
 PEGASUS_COMMON_LINKAGE Boolean operator==(const CIMValue& x, const CIMValue& y);

@@ -6,11 +6,11 @@
 #include <Pegasus/Common/Linkage.h>
 
 #include <iosfwd>
-#include <vector>
 
 PEGASUS_NAMESPACE_BEGIN
 
 class String;
+struct StringRep;
 
 // A NUL-terminated UTF-8 copy of a String, owned by this object.
 class PEGASUS_COMMON_LINKAGE CString
@@ -29,7 +29,8 @@ private:
 };
 
 // UTF-16 text. Indexes and sizes count UTF-16 code units; char* input and
-// getCString() output are UTF-8.
+// getCString() output are UTF-8. Copies share the text until one of them
+// changes it, so names and values copy without allocating.
 class PEGASUS_COMMON_LINKAGE String
 {
 public:
@@ -100,8 +101,11 @@ public:
 
 private:
     void _setUtf8(const char* str, size_t n);
-    // Code units followed by a terminating 0; empty means "".
-    std::vector<Char16> _rep;
+    // Makes the text this string's own, with room for at least capacity
+    // code units.
+    void _unique(Uint32 capacity);
+    // Null for "".
+    StringRep* _rep;
 };
 
 PEGASUS_COMMON_LINKAGE Boolean operator==(const String& s1, const String& s2);

@@ -7,6 +7,7 @@ packages=(
     cmake g++ make pkg-config
     libgtest-dev libgmock-dev libbenchmark-dev
     nlohmann-json3-dev libxml2-dev libmicrohttpd-dev libgnutls28-dev libssl-dev libcrypt-dev
+    libcurl4-gnutls-dev
     sblim-wbemcli curl openssl python3
 )
 

@@ -1,8 +1,8 @@
 #include "CimXmlReader.h"
 
+#include <CimXml/CimXmlDecoder.h>
 #include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/Exception.h>
-#include <cimom/ParamTyping.h>
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>
@@ -17,12 +17,9 @@ namespace orvhost
 
 namespace
 {
-// A fault in the content of one parameter or path.
-struct ParamFault
-{
-    CIMStatusCode code;
-    std::string text;
-};
+// Paths, instances and values decode as in any CIM-XML message; what is
+// particular to requests stays here.
+using namespace ::orv::cimxml;
 
 const char notWellFormed[] = "request-not-well-formed";
 const char notValid[] = "request-not-valid";
@@ -35,331 +32,11 @@ struct DocFree
     }
 };
 
-std::string _name(const xmlNode* node)
-{
-    return reinterpret_cast<const char*>(node->name);
-}
-
-bool _is(const xmlNode* node, const char* name)
-{
-    return strcmp(reinterpret_cast<const char*>(node->name), name) == 0;
-}
-
-bool _attr(const xmlNode* node, const char* name, std::string& out)
-{
-    xmlChar* value = xmlGetNoNsProp(node, reinterpret_cast<const xmlChar*>(name));
-    if (value == nullptr)
-    {
-        return false;
-    }
-    out = reinterpret_cast<const char*>(value);
-    xmlFree(value);
-    return true;
-}
-
-std::string _text(const xmlNode* node)
-{
-    xmlChar* value = xmlNodeGetContent(node);
-    std::string out = value == nullptr ? "" : reinterpret_cast<const char*>(value);
-    xmlFree(value);
-    return out;
-}
-
-// Element children; text between elements is layout only.
-std::vector<const xmlNode*> _children(const xmlNode* node)
-{
-    std::vector<const xmlNode*> out;
-    for (const xmlNode* c = node->children; c != nullptr; c = c->next)
-    {
-        if (c->type == XML_ELEMENT_NODE)
-        {
-            out.push_back(c);
-        }
-    }
-    return out;
-}
-
-[[noreturn]] void _fault(const std::string& text, CIMStatusCode code = CIM_ERR_INVALID_PARAMETER)
-{
-    throw ParamFault{code, text};
-}
-
-std::string _requiredAttr(const xmlNode* node, const char* name)
-{
-    std::string value;
-    if (!_attr(node, name, value))
-    {
-        _fault(_name(node) + " lacks the " + name + " attribute");
-    }
-    return value;
-}
-
-CIMName _cimName(const std::string& text, const std::string& what)
-{
-    try
-    {
-        return CIMName(String(text.c_str()));
-    }
-    catch (const Exception&)
-    {
-        _fault("invalid " + what + " \"" + text + "\"");
-    }
-}
-
-std::string _namespaceText(const xmlNode* localNs)
-{
-    if (!_is(localNs, "LOCALNAMESPACEPATH"))
-    {
-        _fault("expected LOCALNAMESPACEPATH, found " + _name(localNs));
-    }
-    std::string ns;
-    for (const xmlNode* part : _children(localNs))
-    {
-        if (!_is(part, "NAMESPACE"))
-        {
-            _fault("unexpected " + _name(part) + " in LOCALNAMESPACEPATH");
-        }
-        if (!ns.empty())
-        {
-            ns += "/";
-        }
-        ns += _requiredAttr(part, "NAME");
-    }
-    if (ns.empty())
-    {
-        _fault("empty LOCALNAMESPACEPATH", CIM_ERR_INVALID_NAMESPACE);
-    }
-    return ns;
-}
-
-CIMNamespaceName _namespace(const std::string& text)
-{
-    try
-    {
-        return CIMNamespaceName(String(text.c_str()));
-    }
-    catch (const Exception&)
-    {
-        _fault("invalid namespace \"" + text + "\"", CIM_ERR_INVALID_NAMESPACE);
-    }
-}
-
-CIMObjectPath _objectPath(const xmlNode* node);
-
-CIMKeyBinding::Type _keyType(const xmlNode* keyValue)
-{
-    std::string type = "string";
-    _attr(keyValue, "VALUETYPE", type);
-    if (type == "string")
-    {
-        return CIMKeyBinding::STRING;
-    }
-    if (type == "boolean")
-    {
-        return CIMKeyBinding::BOOLEAN;
-    }
-    if (type == "numeric")
-    {
-        return CIMKeyBinding::NUMERIC;
-    }
-    _fault("invalid KEYVALUE VALUETYPE \"" + type + "\"");
-}
-
-CIMKeyBinding _keyBinding(const CIMName& name, const xmlNode* value)
-{
-    if (_is(value, "KEYVALUE"))
-    {
-        return CIMKeyBinding(name, String(_text(value).c_str()), _keyType(value));
-    }
-    if (_is(value, "VALUE.REFERENCE"))
-    {
-        std::vector<const xmlNode*> inner = _children(value);
-        if (inner.size() != 1)
-        {
-            _fault("VALUE.REFERENCE needs exactly one path");
-        }
-        return CIMKeyBinding(name, CIMValue(_objectPath(inner[0])));
-    }
-    _fault("unexpected " + _name(value) + " as a key value");
-}
-
-CIMObjectPath _instanceName(const xmlNode* node)
-{
-    CIMName className = _cimName(_requiredAttr(node, "CLASSNAME"), "class name");
-    Array<CIMKeyBinding> keys;
-    for (const xmlNode* child : _children(node))
-    {
-        if (_is(child, "KEYBINDING"))
-        {
-            CIMName keyName = _cimName(_requiredAttr(child, "NAME"), "key name");
-            std::vector<const xmlNode*> values = _children(child);
-            if (values.size() != 1)
-            {
-                _fault("KEYBINDING " + std::string(keyName.getString().getCString()) +
-                       " needs exactly one value");
-            }
-            keys.append(_keyBinding(keyName, values[0]));
-        }
-        else if (_is(child, "KEYVALUE") || _is(child, "VALUE.REFERENCE"))
-        {
-            // A single unnamed key: the class's only key property, whose
-            // name the path cannot state.
-            keys.append(_keyBinding(CIMName(), child));
-        }
-        else
-        {
-            _fault("unexpected " + _name(child) + " in INSTANCENAME");
-        }
-    }
-    try
-    {
-        return CIMObjectPath(String(), CIMNamespaceName(), className, keys);
-    }
-    catch (const Exception& e)
-    {
-        _fault(std::string("invalid instance name: ") + (const char*)e.getMessage().getCString());
-    }
-}
-
-// Any of the six path forms that DSP0201 allows in a reference.
-CIMObjectPath _objectPath(const xmlNode* node)
-{
-    std::vector<const xmlNode*> kids = _children(node);
-    if (_is(node, "INSTANCENAME"))
-    {
-        return _instanceName(node);
-    }
-    if (_is(node, "CLASSNAME"))
-    {
-        CIMObjectPath path;
-        path.setClassName(_cimName(_requiredAttr(node, "NAME"), "class name"));
-        return path;
-    }
-    if (_is(node, "LOCALINSTANCEPATH") || _is(node, "LOCALCLASSPATH"))
-    {
-        if (kids.size() != 2)
-        {
-            _fault(_name(node) + " needs a namespace and a name");
-        }
-        CIMObjectPath path = _objectPath(kids[1]);
-        path.setNameSpace(_namespace(_namespaceText(kids[0])));
-        return path;
-    }
-    if (_is(node, "INSTANCEPATH") || _is(node, "CLASSPATH"))
-    {
-        if (kids.size() != 2 || !_is(kids[0], "NAMESPACEPATH"))
-        {
-            _fault(_name(node) + " needs a NAMESPACEPATH and a name");
-        }
-        std::vector<const xmlNode*> nsParts = _children(kids[0]);
-        if (nsParts.size() != 2 || !_is(nsParts[0], "HOST"))
-        {
-            _fault("NAMESPACEPATH needs a HOST and a LOCALNAMESPACEPATH");
-        }
-        CIMObjectPath path = _objectPath(kids[1]);
-        path.setHost(String(_text(nsParts[0]).c_str()));
-        path.setNameSpace(_namespace(_namespaceText(nsParts[1])));
-        return path;
-    }
-    _fault("unexpected " + _name(node) + " where an object path belongs");
-}
-
-bool _parseType(const std::string& text, CIMType& type);
-
-// One property of an INSTANCE: its value typed by the TYPE the client states
-// (text that does not fit that type is refused here).
-CIMProperty _property(const xmlNode* node)
-{
-    const std::string name = _requiredAttr(node, "NAME");
-    const CIMName propertyName = _cimName(name, "property name");
-    if (_is(node, "PROPERTY.REFERENCE"))
-    {
-        CIMValue value(CIMTYPE_REFERENCE, false);
-        for (const xmlNode* child : _children(node))
-        {
-            if (_is(child, "VALUE.REFERENCE"))
-            {
-                std::vector<const xmlNode*> inner = _children(child);
-                if (inner.size() != 1)
-                {
-                    _fault("VALUE.REFERENCE of " + name + " needs exactly one path");
-                }
-                value = CIMValue(_objectPath(inner[0]));
-            }
-        }
-        std::string refClass;
-        CIMName referenceClass;
-        if (_attr(node, "REFERENCECLASS", refClass))
-        {
-            referenceClass = _cimName(refClass, "reference class");
-        }
-        return CIMProperty(propertyName, value, 0, referenceClass);
-    }
-    const bool isArray = _is(node, "PROPERTY.ARRAY");
-    const std::string typeText = _requiredAttr(node, "TYPE");
-    CIMType type;
-    if (!_parseType(typeText, type) || type == CIMTYPE_REFERENCE)
-    {
-        _fault("property " + name + " has an unknown TYPE \"" + typeText + "\"");
-    }
-    for (const xmlNode* child : _children(node))
-    {
-        if (_is(child, "VALUE") && !isArray)
-        {
-            return CIMProperty(propertyName,
-                               cimom::convertTextValue(CIMValue(String(_text(child).c_str())), type,
-                                                       false, String(name.c_str())));
-        }
-        if (_is(child, "VALUE.ARRAY") && isArray)
-        {
-            Array<String> items;
-            for (const xmlNode* item : _children(child))
-            {
-                if (_is(item, "VALUE"))
-                {
-                    items.append(String(_text(item).c_str()));
-                }
-            }
-            return CIMProperty(propertyName, cimom::convertTextValue(CIMValue(items), type, true,
-                                                                     String(name.c_str())));
-        }
-        if (!_is(child, "QUALIFIER"))
-        {
-            _fault("unexpected " + _name(child) + " in property " + name);
-        }
-    }
-    return CIMProperty(propertyName, CIMValue(type, isArray));
-}
-
-CIMInstance _instance(const xmlNode* node)
-{
-    CIMInstance instance(_cimName(_requiredAttr(node, "CLASSNAME"), "class name"));
-    for (const xmlNode* child : _children(node))
-    {
-        if (_is(child, "PROPERTY") || _is(child, "PROPERTY.ARRAY") ||
-            _is(child, "PROPERTY.REFERENCE"))
-        {
-            CIMProperty property = _property(child);
-            if (instance.findProperty(property.getName()) != PEG_NOT_FOUND)
-            {
-                _fault("property " + std::string(property.getName().getString().getCString()) +
-                       " given twice");
-            }
-            instance.addProperty(property);
-        }
-        else if (!_is(child, "QUALIFIER"))
-        {
-            _fault("unexpected " + _name(child) + " in INSTANCE");
-        }
-    }
-    return instance;
-}
-
 IParam _iparam(const xmlNode* node)
 {
     IParam param;
-    param.name = _requiredAttr(node, "NAME");
-    std::vector<const xmlNode*> kids = _children(node);
+    param.name = requiredAttribute(node, "NAME");
+    std::vector<const xmlNode*> kids = elementChildren(node);
     if (kids.empty())
     {
         param.kind = IParam::NULL_VALUE;
@@ -367,52 +44,52 @@ IParam _iparam(const xmlNode* node)
     }
     if (kids.size() > 1)
     {
-        _fault("parameter " + param.name + " has more than one value");
+        fault("parameter " + param.name + " has more than one value");
     }
     const xmlNode* value = kids[0];
-    param.element = _name(value);
-    if (_is(value, "VALUE"))
+    param.element = nodeName(value);
+    if (isElement(value, "VALUE"))
     {
         param.kind = IParam::VALUE;
-        param.text = _text(value);
+        param.text = nodeText(value);
     }
-    else if (_is(value, "VALUE.ARRAY"))
+    else if (isElement(value, "VALUE.ARRAY"))
     {
         param.kind = IParam::VALUE_ARRAY;
-        for (const xmlNode* item : _children(value))
+        for (const xmlNode* item : elementChildren(value))
         {
-            if (!_is(item, "VALUE"))
+            if (!isElement(item, "VALUE"))
             {
-                _fault("unexpected " + _name(item) + " in VALUE.ARRAY of " + param.name);
+                fault("unexpected " + nodeName(item) + " in VALUE.ARRAY of " + param.name);
             }
-            param.texts.push_back(_text(item));
+            param.texts.push_back(nodeText(item));
         }
     }
-    else if (_is(value, "CLASSNAME"))
+    else if (isElement(value, "CLASSNAME"))
     {
         param.kind = IParam::CLASS_NAME;
-        param.className = _cimName(_requiredAttr(value, "NAME"), "class name");
+        param.className = cimName(requiredAttribute(value, "NAME"), "class name");
     }
-    else if (_is(value, "INSTANCENAME"))
+    else if (isElement(value, "INSTANCENAME"))
     {
         param.kind = IParam::INSTANCE_NAME;
-        param.path = _instanceName(value);
+        param.path = decodeInstanceName(value);
     }
-    else if (_is(value, "INSTANCE"))
+    else if (isElement(value, "INSTANCE"))
     {
         param.kind = IParam::INSTANCE;
-        param.instance = _instance(value);
+        param.instance = decodeInstance(value);
     }
-    else if (_is(value, "VALUE.NAMEDINSTANCE"))
+    else if (isElement(value, "VALUE.NAMEDINSTANCE"))
     {
-        std::vector<const xmlNode*> parts = _children(value);
-        if (parts.size() != 2 || !_is(parts[0], "INSTANCENAME") || !_is(parts[1], "INSTANCE"))
+        std::vector<const xmlNode*> parts = elementChildren(value);
+        if (parts.size() != 2 || !isElement(parts[0], "INSTANCENAME") || !isElement(parts[1], "INSTANCE"))
         {
-            _fault("VALUE.NAMEDINSTANCE of " + param.name + " needs an INSTANCENAME and an INSTANCE");
+            fault("VALUE.NAMEDINSTANCE of " + param.name + " needs an INSTANCENAME and an INSTANCE");
         }
         param.kind = IParam::NAMED_INSTANCE;
-        param.path = _instanceName(parts[0]);
-        param.instance = _instance(parts[1]);
+        param.path = decodeInstanceName(parts[0]);
+        param.instance = decodeInstance(parts[1]);
         param.instance.setPath(param.path);
     }
     else
@@ -422,121 +99,13 @@ IParam _iparam(const xmlNode* node)
     return param;
 }
 
-bool _parseType(const std::string& text, CIMType& type)
-{
-    static const struct
-    {
-        const char* name;
-        CIMType type;
-    } types[] = {{"boolean", CIMTYPE_BOOLEAN}, {"uint8", CIMTYPE_UINT8},
-                 {"sint8", CIMTYPE_SINT8},     {"uint16", CIMTYPE_UINT16},
-                 {"sint16", CIMTYPE_SINT16},   {"uint32", CIMTYPE_UINT32},
-                 {"sint32", CIMTYPE_SINT32},   {"uint64", CIMTYPE_UINT64},
-                 {"sint64", CIMTYPE_SINT64},   {"real32", CIMTYPE_REAL32},
-                 {"real64", CIMTYPE_REAL64},   {"char16", CIMTYPE_CHAR16},
-                 {"string", CIMTYPE_STRING},   {"datetime", CIMTYPE_DATETIME},
-                 {"reference", CIMTYPE_REFERENCE}};
-    for (const auto& t : types)
-    {
-        if (text == t.name)
-        {
-            type = t.type;
-            return true;
-        }
-    }
-    return false;
-}
-
-CIMParamValue _paramValue(const xmlNode* node)
-{
-    std::string name = _requiredAttr(node, "NAME");
-    std::string typeText;
-    bool typed = _attr(node, "PARAMTYPE", typeText);
-    CIMType type = CIMTYPE_STRING;
-    if (typed && !_parseType(typeText, type))
-    {
-        _fault("parameter " + name + " has an unknown PARAMTYPE \"" + typeText + "\"");
-    }
-    std::vector<const xmlNode*> kids = _children(node);
-    if (kids.size() > 1)
-    {
-        _fault("parameter " + name + " has more than one value");
-    }
-    if (kids.empty())
-    {
-        // No value: a null of the stated type, or an untyped null text.
-        return CIMParamValue(String(name.c_str()), CIMValue(type, false), typed);
-    }
-    const xmlNode* value = kids[0];
-    CIMValue text;
-    bool isArray = false;
-    if (_is(value, "VALUE.REFERENCE") || _is(value, "VALUE.REFARRAY"))
-    {
-        if (typed && type != CIMTYPE_REFERENCE)
-        {
-            _fault("parameter " + name + " is declared " + typeText + " but holds a reference");
-        }
-        if (_is(value, "VALUE.REFERENCE"))
-        {
-            std::vector<const xmlNode*> inner = _children(value);
-            if (inner.size() != 1)
-            {
-                _fault("VALUE.REFERENCE of " + name + " needs exactly one path");
-            }
-            return CIMParamValue(String(name.c_str()), CIMValue(_objectPath(inner[0])), true);
-        }
-        Array<CIMObjectPath> paths;
-        for (const xmlNode* item : _children(value))
-        {
-            std::vector<const xmlNode*> inner = _children(item);
-            if (!_is(item, "VALUE.REFERENCE") || inner.size() != 1)
-            {
-                _fault("VALUE.REFARRAY of " + name + " holds a bad reference");
-            }
-            paths.append(_objectPath(inner[0]));
-        }
-        return CIMParamValue(String(name.c_str()), CIMValue(paths), true);
-    }
-    if (_is(value, "VALUE"))
-    {
-        text = CIMValue(String(_text(value).c_str()));
-    }
-    else if (_is(value, "VALUE.ARRAY"))
-    {
-        isArray = true;
-        Array<String> items;
-        for (const xmlNode* item : _children(value))
-        {
-            if (_is(item, "VALUE"))
-            {
-                items.append(String(_text(item).c_str()));
-            }
-            else if (!_is(item, "VALUE.NULL"))
-            {
-                _fault("unexpected " + _name(item) + " in VALUE.ARRAY of " + name);
-            }
-        }
-        text = CIMValue(items);
-    }
-    else
-    {
-        _fault("unexpected " + _name(value) + " as the value of parameter " + name);
-    }
-    if (!typed)
-    {
-        // The object manager types it from the method's declaration.
-        return CIMParamValue(String(name.c_str()), text, false);
-    }
-    return CIMParamValue(String(name.c_str()),
-                         cimom::convertTextValue(text, type, isArray, String(name.c_str())), true);
-}
 
 void _checkVersion(const xmlNode* node, const char* attr, const char* errorName)
 {
     std::string version;
-    if (!_attr(node, attr, version))
+    if (!attribute(node, attr, version))
     {
-        throw CimProtocolError(400, notValid, _name(node) + " lacks " + attr);
+        throw CimProtocolError(400, notValid, nodeName(node) + " lacks " + attr);
     }
     // Major version 2 of the DTD and the CIM model; 1.x of the protocol.
     const char* major = strcmp(attr, "PROTOCOLVERSION") == 0 ? "1." : "2.";
@@ -549,47 +118,47 @@ void _checkVersion(const xmlNode* node, const char* attr, const char* errorName)
 
 void _decodeCall(const xmlNode* call, CimRequest& request)
 {
-    std::vector<const xmlNode*> kids = _children(call);
+    std::vector<const xmlNode*> kids = elementChildren(call);
     size_t next = 0;
     if (request.intrinsic)
     {
-        if (kids.empty() || !_is(kids[0], "LOCALNAMESPACEPATH"))
+        if (kids.empty() || !isElement(kids[0], "LOCALNAMESPACEPATH"))
         {
             throw CimProtocolError(400, notValid, "IMETHODCALL needs a LOCALNAMESPACEPATH");
         }
-        request.nameSpaceText = _namespaceText(kids[0]);
-        request.nameSpace = _namespace(request.nameSpaceText);
+        request.nameSpaceText = namespaceText(kids[0]);
+        request.nameSpace = namespaceName(request.nameSpaceText);
         for (next = 1; next < kids.size(); ++next)
         {
-            if (!_is(kids[next], "IPARAMVALUE"))
+            if (!isElement(kids[next], "IPARAMVALUE"))
             {
                 throw CimProtocolError(400, notValid,
-                                       "unexpected " + _name(kids[next]) + " in IMETHODCALL");
+                                       "unexpected " + nodeName(kids[next]) + " in IMETHODCALL");
             }
             request.iparams.push_back(_iparam(kids[next]));
         }
         return;
     }
-    if (kids.empty() || !(_is(kids[0], "LOCALINSTANCEPATH") || _is(kids[0], "LOCALCLASSPATH")))
+    if (kids.empty() || !(isElement(kids[0], "LOCALINSTANCEPATH") || isElement(kids[0], "LOCALCLASSPATH")))
     {
         throw CimProtocolError(400, notValid,
                                "METHODCALL needs a LOCALINSTANCEPATH or LOCALCLASSPATH");
     }
-    std::vector<const xmlNode*> pathParts = _children(kids[0]);
-    if (!pathParts.empty() && _is(pathParts[0], "LOCALNAMESPACEPATH"))
+    std::vector<const xmlNode*> pathParts = elementChildren(kids[0]);
+    if (!pathParts.empty() && isElement(pathParts[0], "LOCALNAMESPACEPATH"))
     {
-        request.nameSpaceText = _namespaceText(pathParts[0]);
+        request.nameSpaceText = namespaceText(pathParts[0]);
     }
-    request.objectPath = _objectPath(kids[0]);
+    request.objectPath = decodeObjectPath(kids[0]);
     request.nameSpace = request.objectPath.getNameSpace();
     for (next = 1; next < kids.size(); ++next)
     {
-        if (!_is(kids[next], "PARAMVALUE"))
+        if (!isElement(kids[next], "PARAMVALUE"))
         {
             throw CimProtocolError(400, notValid,
-                                   "unexpected " + _name(kids[next]) + " in METHODCALL");
+                                   "unexpected " + nodeName(kids[next]) + " in METHODCALL");
         }
-        request.inParams.append(_paramValue(kids[next]));
+        request.inParams.append(decodeParamValue(kids[next]));
     }
 }
 } // namespace
@@ -635,43 +204,43 @@ CimRequest parseCimRequest(const std::string& body)
         throw CimProtocolError(400, notValid, "a DOCTYPE is not accepted");
     }
     const xmlNode* root = xmlDocGetRootElement(doc.get());
-    if (root == nullptr || !_is(root, "CIM"))
+    if (root == nullptr || !isElement(root, "CIM"))
     {
         throw CimProtocolError(400, notValid, "the root element is not CIM");
     }
     _checkVersion(root, "CIMVERSION", "unsupported-cim-version");
     _checkVersion(root, "DTDVERSION", "unsupported-dtd-version");
-    std::vector<const xmlNode*> kids = _children(root);
-    if (kids.size() != 1 || !_is(kids[0], "MESSAGE"))
+    std::vector<const xmlNode*> kids = elementChildren(root);
+    if (kids.size() != 1 || !isElement(kids[0], "MESSAGE"))
     {
         throw CimProtocolError(400, notValid, "CIM must hold one MESSAGE");
     }
     const xmlNode* message = kids[0];
     CimRequest request;
-    if (!_attr(message, "ID", request.messageId))
+    if (!attribute(message, "ID", request.messageId))
     {
         throw CimProtocolError(400, notValid, "MESSAGE lacks ID");
     }
     _checkVersion(message, "PROTOCOLVERSION", "unsupported-protocol-version");
-    _attr(message, "PROTOCOLVERSION", request.protocolVersion);
-    kids = _children(message);
-    if (kids.size() == 1 && _is(kids[0], "MULTIREQ"))
+    attribute(message, "PROTOCOLVERSION", request.protocolVersion);
+    kids = elementChildren(message);
+    if (kids.size() == 1 && isElement(kids[0], "MULTIREQ"))
     {
         throw CimProtocolError(501, "multiple-requests-unsupported",
                                "multiple requests in one message are not supported");
     }
-    if (kids.size() != 1 || !_is(kids[0], "SIMPLEREQ"))
+    if (kids.size() != 1 || !isElement(kids[0], "SIMPLEREQ"))
     {
         throw CimProtocolError(400, notValid, "MESSAGE must hold a SIMPLEREQ");
     }
     const xmlNode* call = nullptr;
-    for (const xmlNode* child : _children(kids[0]))
+    for (const xmlNode* child : elementChildren(kids[0]))
     {
-        if (_is(child, "CORRELATOR"))
+        if (isElement(child, "CORRELATOR"))
         {
             continue;
         }
-        if (call != nullptr || !(_is(child, "IMETHODCALL") || _is(child, "METHODCALL")))
+        if (call != nullptr || !(isElement(child, "IMETHODCALL") || isElement(child, "METHODCALL")))
         {
             throw CimProtocolError(400, notValid,
                                    "SIMPLEREQ must hold one IMETHODCALL or METHODCALL");
@@ -682,16 +251,16 @@ CimRequest parseCimRequest(const std::string& body)
     {
         throw CimProtocolError(400, notValid, "SIMPLEREQ must hold one IMETHODCALL or METHODCALL");
     }
-    request.intrinsic = _is(call, "IMETHODCALL");
-    if (!_attr(call, "NAME", request.methodName) || request.methodName.empty())
+    request.intrinsic = isElement(call, "IMETHODCALL");
+    if (!attribute(call, "NAME", request.methodName) || request.methodName.empty())
     {
-        throw CimProtocolError(400, notValid, _name(call) + " lacks NAME");
+        throw CimProtocolError(400, notValid, nodeName(call) + " lacks NAME");
     }
     try
     {
         _decodeCall(call, request);
     }
-    catch (const ParamFault& fault)
+    catch (const DecodeFault& fault)
     {
         request.errorCode = fault.code;
         request.errorText = fault.text;

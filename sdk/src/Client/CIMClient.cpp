@@ -2,6 +2,8 @@
 #include <Pegasus/Common/OperationContext.h>
 #include <Pegasus/Sdk/CIMOMDispatcher.h>
 
+#include "RemoteConnection.h"
+
 #include <cstdio>
 
 PEGASUS_NAMESPACE_BEGIN
@@ -14,8 +16,26 @@ const Uint32 DEFAULT_TIMEOUT_MILLISECONDS = 20000;
 class CIMClientRep
 {
 public:
-    CIMClientRep() : dispatcher(0), timeout(DEFAULT_TIMEOUT_MILLISECONDS)
+    CIMClientRep() : dispatcher(0), remote(0), timeout(DEFAULT_TIMEOUT_MILLISECONDS)
     {
+    }
+
+    ~CIMClientRep()
+    {
+        delete remote;
+    }
+
+    bool isConnected() const
+    {
+        return dispatcher != 0 || remote != 0;
+    }
+
+    void requireConnected() const
+    {
+        if (!isConnected())
+        {
+            throw NotConnectedException();
+        }
     }
 
     // Local requests act for the server itself, which has no user name.
@@ -30,6 +50,7 @@ public:
     }
 
     CIMOMDispatcher* dispatcher;
+    RemoteConnection* remote;
     Uint32 timeout;
 };
 
@@ -37,8 +58,8 @@ namespace
 {
 CIMException notSupported(const char* operation)
 {
-    return CIMException(CIM_ERR_NOT_SUPPORTED, String("CIMClient::") + operation +
-                                                   " is not supported by a local connection");
+    return CIMException(CIM_ERR_NOT_SUPPORTED,
+                        String("CIMClient::") + operation + " is not supported by this client");
 }
 } // namespace
 
@@ -59,25 +80,38 @@ Uint32 CIMClient::getTimeout() const
 void CIMClient::setTimeout(Uint32 timeoutMilliseconds)
 {
     _rep->timeout = timeoutMilliseconds;
+    if (_rep->remote != 0)
+    {
+        _rep->remote->setTimeout(timeoutMilliseconds);
+    }
 }
 
-void CIMClient::connect(const String& host, const Uint32 portNumber, const String&,
-                        const String&)
+void CIMClient::connect(const String& host, const Uint32 portNumber, const String& userName,
+                        const String& password)
 {
-    if (_rep->dispatcher != 0)
+    if (_rep->isConnected())
     {
         throw AlreadyConnectedException();
     }
-    // Remote CIM-XML belongs to the HTTP host; in-process code uses connectLocal().
-    char port[16];
-    snprintf(port, sizeof(port), "%u", portNumber);
-    throw CannotConnectException(String("cannot connect to ") + host + ":" + port +
-                                 ": this client offers local connections only");
+    _rep->remote = new RemoteConnection(host, portNumber, false, userName, password, String(),
+                                        String(), String(), _rep->timeout);
+}
+
+void CIMClient::connect(const String& host, const Uint32 portNumber, const SSLContext& sslContext,
+                        const String& userName, const String& password)
+{
+    if (_rep->isConnected())
+    {
+        throw AlreadyConnectedException();
+    }
+    _rep->remote = new RemoteConnection(host, portNumber, true, userName, password,
+                                        sslContext.getTrustStore(), sslContext.getCertPath(),
+                                        sslContext.getKeyPath(), _rep->timeout);
 }
 
 void CIMClient::connectLocal()
 {
-    if (_rep->dispatcher != 0)
+    if (_rep->isConnected())
     {
         throw AlreadyConnectedException();
     }
@@ -92,12 +126,18 @@ void CIMClient::connectLocal()
 void CIMClient::disconnect()
 {
     _rep->dispatcher = 0;
+    delete _rep->remote;
+    _rep->remote = 0;
 }
 
 CIMClass CIMClient::getClass(const CIMNamespaceName& nameSpace, const CIMName& className,
                              Boolean localOnly, Boolean includeQualifiers,
                              Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
+    if (_rep->remote != 0)
+    {
+        throw notSupported("getClass");
+    }
     OperationContext context;
     return _rep->connected(context).getClass(context, nameSpace, className, localOnly,
                                              includeQualifiers, includeClassOrigin, propertyList);
@@ -108,6 +148,11 @@ CIMInstance CIMClient::getInstance(const CIMNamespaceName& nameSpace,
                                    Boolean includeQualifiers, Boolean includeClassOrigin,
                                    const CIMPropertyList& propertyList)
 {
+    if (_rep->remote != 0)
+    {
+        return _rep->remote->getInstance(nameSpace, instanceName, localOnly, includeQualifiers,
+                                          includeClassOrigin, propertyList);
+    }
     OperationContext context;
     return _rep->connected(context).getInstance(context, nameSpace, instanceName, localOnly,
                                                 includeQualifiers, includeClassOrigin,
@@ -116,44 +161,38 @@ CIMInstance CIMClient::getInstance(const CIMNamespaceName& nameSpace,
 
 void CIMClient::deleteClass(const CIMNamespaceName&, const CIMName&)
 {
-    OperationContext context;
-    _rep->connected(context);
+    _rep->requireConnected();
     throw notSupported("deleteClass");
 }
 
 void CIMClient::deleteInstance(const CIMNamespaceName&, const CIMObjectPath&)
 {
-    OperationContext context;
-    _rep->connected(context);
+    _rep->requireConnected();
     throw notSupported("deleteInstance");
 }
 
 void CIMClient::createClass(const CIMNamespaceName&, const CIMClass&)
 {
-    OperationContext context;
-    _rep->connected(context);
+    _rep->requireConnected();
     throw notSupported("createClass");
 }
 
 CIMObjectPath CIMClient::createInstance(const CIMNamespaceName&, const CIMInstance&)
 {
-    OperationContext context;
-    _rep->connected(context);
+    _rep->requireConnected();
     throw notSupported("createInstance");
 }
 
 void CIMClient::modifyClass(const CIMNamespaceName&, const CIMClass&)
 {
-    OperationContext context;
-    _rep->connected(context);
+    _rep->requireConnected();
     throw notSupported("modifyClass");
 }
 
 void CIMClient::modifyInstance(const CIMNamespaceName&, const CIMInstance&, Boolean,
                                const CIMPropertyList&)
 {
-    OperationContext context;
-    _rep->connected(context);
+    _rep->requireConnected();
     throw notSupported("modifyInstance");
 }
 
@@ -162,6 +201,10 @@ Array<CIMClass> CIMClient::enumerateClasses(const CIMNamespaceName& nameSpace,
                                             Boolean localOnly, Boolean includeQualifiers,
                                             Boolean includeClassOrigin)
 {
+    if (_rep->remote != 0)
+    {
+        throw notSupported("enumerateClasses");
+    }
     OperationContext context;
     return _rep->connected(context).enumerateClasses(context, nameSpace, className,
                                                      deepInheritance, localOnly,
@@ -171,6 +214,10 @@ Array<CIMClass> CIMClient::enumerateClasses(const CIMNamespaceName& nameSpace,
 Array<CIMName> CIMClient::enumerateClassNames(const CIMNamespaceName& nameSpace,
                                               const CIMName& className, Boolean deepInheritance)
 {
+    if (_rep->remote != 0)
+    {
+        throw notSupported("enumerateClassNames");
+    }
     OperationContext context;
     return _rep->connected(context).enumerateClassNames(context, nameSpace, className,
                                                         deepInheritance);
@@ -183,6 +230,12 @@ Array<CIMInstance> CIMClient::enumerateInstances(const CIMNamespaceName& nameSpa
                                                  Boolean includeClassOrigin,
                                                  const CIMPropertyList& propertyList)
 {
+    if (_rep->remote != 0)
+    {
+        return _rep->remote->enumerateInstances(nameSpace, className, deepInheritance, localOnly,
+                                                 includeQualifiers, includeClassOrigin,
+                                                 propertyList);
+    }
     OperationContext context;
     return _rep->connected(context).enumerateInstances(context, nameSpace, className,
                                                        deepInheritance, localOnly,
@@ -193,14 +246,17 @@ Array<CIMInstance> CIMClient::enumerateInstances(const CIMNamespaceName& nameSpa
 Array<CIMObjectPath> CIMClient::enumerateInstanceNames(const CIMNamespaceName& nameSpace,
                                                        const CIMName& className)
 {
+    if (_rep->remote != 0)
+    {
+        return _rep->remote->enumerateInstanceNames(nameSpace, className);
+    }
     OperationContext context;
     return _rep->connected(context).enumerateInstanceNames(context, nameSpace, className);
 }
 
 Array<CIMObject> CIMClient::execQuery(const CIMNamespaceName&, const String&, const String&)
 {
-    OperationContext context;
-    _rep->connected(context);
+    _rep->requireConnected();
     throw notSupported("execQuery");
 }
 
@@ -211,6 +267,12 @@ Array<CIMObject> CIMClient::associators(const CIMNamespaceName& nameSpace,
                                         Boolean includeQualifiers, Boolean includeClassOrigin,
                                         const CIMPropertyList& propertyList)
 {
+    if (_rep->remote != 0)
+    {
+        return _rep->remote->associators(nameSpace, objectName, assocClass, resultClass, role,
+                                          resultRole, includeQualifiers, includeClassOrigin,
+                                          propertyList);
+    }
     OperationContext context;
     return _rep->connected(context).associators(context, nameSpace, objectName, assocClass,
                                                 resultClass, role, resultRole,
@@ -224,6 +286,11 @@ Array<CIMObjectPath> CIMClient::associatorNames(const CIMNamespaceName& nameSpac
                                                 const CIMName& resultClass, const String& role,
                                                 const String& resultRole)
 {
+    if (_rep->remote != 0)
+    {
+        return _rep->remote->associatorNames(nameSpace, objectName, assocClass, resultClass, role,
+                                              resultRole);
+    }
     OperationContext context;
     return _rep->connected(context).associatorNames(context, nameSpace, objectName, assocClass,
                                                     resultClass, role, resultRole);
@@ -235,6 +302,11 @@ Array<CIMObject> CIMClient::references(const CIMNamespaceName& nameSpace,
                                        Boolean includeQualifiers, Boolean includeClassOrigin,
                                        const CIMPropertyList& propertyList)
 {
+    if (_rep->remote != 0)
+    {
+        return _rep->remote->references(nameSpace, objectName, resultClass, role,
+                                         includeQualifiers, includeClassOrigin, propertyList);
+    }
     OperationContext context;
     return _rep->connected(context).references(context, nameSpace, objectName, resultClass,
                                                role, includeQualifiers, includeClassOrigin,
@@ -245,6 +317,10 @@ Array<CIMObjectPath> CIMClient::referenceNames(const CIMNamespaceName& nameSpace
                                                const CIMObjectPath& objectName,
                                                const CIMName& resultClass, const String& role)
 {
+    if (_rep->remote != 0)
+    {
+        return _rep->remote->referenceNames(nameSpace, objectName, resultClass, role);
+    }
     OperationContext context;
     return _rep->connected(context).referenceNames(context, nameSpace, objectName, resultClass,
                                                    role);
@@ -252,16 +328,14 @@ Array<CIMObjectPath> CIMClient::referenceNames(const CIMNamespaceName& nameSpace
 
 CIMValue CIMClient::getProperty(const CIMNamespaceName&, const CIMObjectPath&, const CIMName&)
 {
-    OperationContext context;
-    _rep->connected(context);
+    _rep->requireConnected();
     throw notSupported("getProperty");
 }
 
 void CIMClient::setProperty(const CIMNamespaceName&, const CIMObjectPath&, const CIMName&,
                             const CIMValue&)
 {
-    OperationContext context;
-    _rep->connected(context);
+    _rep->requireConnected();
     throw notSupported("setProperty");
 }
 
@@ -270,6 +344,11 @@ CIMValue CIMClient::invokeMethod(const CIMNamespaceName& nameSpace,
                                  const Array<CIMParamValue>& inParameters,
                                  Array<CIMParamValue>& outParameters)
 {
+    if (_rep->remote != 0)
+    {
+        return _rep->remote->invokeMethod(nameSpace, instanceName, methodName, inParameters,
+                                           outParameters);
+    }
     OperationContext context;
     return _rep->connected(context).invokeMethod(context, nameSpace, instanceName, methodName,
                                                  inParameters, outParameters);

@@ -1,6 +1,7 @@
 #ifndef Pegasus_CIMClient_h
 #define Pegasus_CIMClient_h
 
+#include <Pegasus/Client/CIMClientException.h>
 #include <Pegasus/Client/Linkage.h>
 #include <Pegasus/Common/Array.h>
 #include <Pegasus/Common/CIMClass.h>
@@ -13,6 +14,7 @@
 #include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/SSLContext.h>
 #include <Pegasus/Common/String.h>
 
 PEGASUS_NAMESPACE_BEGIN
@@ -20,9 +22,16 @@ PEGASUS_NAMESPACE_BEGIN
 class CIMClientRep;
 
 // A client of a CIM server. connectLocal() reaches the object manager of this
-// process, acting as the server itself (empty user name). Remote connections are
-// not offered by this client: connect() throws CannotConnectException.
-// Operations on a client that is not connected throw NotConnectedException.
+// process, acting as the server itself (empty user name). connect() reaches a
+// WBEM server over CIM-XML on HTTP, or HTTPS with an SSLContext, and
+// authenticates with HTTP Basic; remotely it offers the instance, association
+// and method operations (the class and query operations throw
+// CIM_ERR_NOT_SUPPORTED). Failures: CIMException for CIM errors,
+// CannotConnectException, ConnectionTimeoutException (after getTimeout()
+// milliseconds, 20000 by default), SSLException, CIMClientHTTPErrorException
+// for HTTP errors (401 for refused credentials), CIMClientXmlException for an
+// unreadable answer. Operations on a client that is not connected throw
+// NotConnectedException.
 class PEGASUS_CLIENT_LINKAGE CIMClient
 {
 public:
@@ -34,6 +43,8 @@ public:
 
     void connect(const String& host, const Uint32 portNumber, const String& userName,
                  const String& password);
+    void connect(const String& host, const Uint32 portNumber, const SSLContext& sslContext,
+                 const String& userName, const String& password);
     void connectLocal();
     void disconnect();
 

@@ -1,4 +1,4 @@
-#include "CimXmlWriter.h"
+#include <CimXml/CimXmlWriter.h>
 
 #include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/CIMFlavor.h>
@@ -15,7 +15,7 @@
 
 using namespace Pegasus;
 
-namespace orvhost
+namespace orv
 {
 namespace cimxml
 {
@@ -663,4 +663,4 @@ std::string messageEnd()
 }
 
 } // namespace cimxml
-} // namespace orvhost
+} // namespace orv

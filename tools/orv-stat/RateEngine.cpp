@@ -149,13 +149,12 @@ RateResult computeRates(const Sample& before, const Sample& after)
         {
             r.writeServiceMs = d.get("WriteIOTimeCounter") / writes / 1000.0;
         }
+        // Only the server knows how long the element was busy: I/O time
+        // counters add up overlapping I/Os, so over the interval they give
+        // the mean queue depth, not a busy share.
         if (a.percentBusy >= 0)
         {
             r.busyPercent = a.percentBusy;
-        }
-        else if (timed)
-        {
-            r.busyPercent = std::min(100.0, ioTime / (dt * 1e6) * 100.0);
         }
         if ((d.has("ReadHitIOs") || d.has("WriteHitIOs")) && total > 0)
         {

@@ -54,8 +54,7 @@ struct ElementRates
     double serviceMs = -1;
     double readServiceMs = -1;
     double writeServiceMs = -1;
-    /// % busy: the server's figure when it gives one, else the I/O time
-    /// over the interval, capped at 100. -1 when unknown.
+    /// % busy as the server gives it (PercentBusy); -1 when it does not.
     double busyPercent = -1;
     /// Cache hits over all I/Os of the interval; -1 without hit counters or I/O.
     double cacheHitPercent = -1;

@@ -88,7 +88,7 @@ TEST(RateEngine, RatesFromHandMadePairs)
     EXPECT_DOUBLE_EQ(v.serviceMs, 1250000.0 / 400 / 1000);
     EXPECT_DOUBLE_EQ(v.readServiceMs, 2.5);
     EXPECT_DOUBLE_EQ(v.writeServiceMs, 5.0);
-    EXPECT_DOUBLE_EQ(v.busyPercent, 62.5); // 1.25 s of I/O time in 2 s
+    EXPECT_DOUBLE_EQ(v.busyPercent, -1); // no PercentBusy from the server: unknown
     EXPECT_DOUBLE_EQ(v.cacheHitPercent, 60);
 }
 
@@ -130,15 +130,15 @@ TEST(RateEngine, EdgeCasesOfPairs)
         {"no I/O: no service time and no hit ratio",
          _sample(0, {_element("v", 10, {{"TotalIOs", 5}, {"IOTimeCounter", 50}, {"ReadHitIOs", 1}})}),
          _sample(1, {_element("v", 11, {{"TotalIOs", 5}, {"IOTimeCounter", 50}, {"ReadHitIOs", 1}})}),
-         RateStatus::OK, 0, 0, -1, 0, -1},
-        {"the server's busy figure wins over the estimate",
+         RateStatus::OK, 0, 0, -1, -1, -1},
+        {"the server's busy figure is shown",
          _sample(0, {_element("v", 10, {{"TotalIOs", 0}, {"IOTimeCounter", 0}})}),
          _sample(1, {_element("v", 11, {{"TotalIOs", 10}, {"IOTimeCounter", 5000000}}, 37)}),
          RateStatus::OK, 10, 0, 500, 37, -1},
-        {"estimated busy is capped at 100",
+        {"I/O time alone does not make a busy figure",
          _sample(0, {_element("v", 10, {{"TotalIOs", 0}, {"IOTimeCounter", 0}})}),
          _sample(1, {_element("v", 11, {{"TotalIOs", 10}, {"IOTimeCounter", 5000000}})}),
-         RateStatus::OK, 10, 0, 500, 100, -1},
+         RateStatus::OK, 10, 0, 500, -1, -1},
         {"total from the directions when TotalIOs is absent",
          _sample(0, {_element("v", 10, {{"ReadIOs", 0}, {"WriteIOs", 0}})}),
          _sample(1, {_element("v", 12, {{"ReadIOs", 30}, {"WriteIOs", 10}})}), RateStatus::OK, 20,

@@ -30,7 +30,10 @@ done
 URL=http://127.0.0.1:$HTTP
 
 # Two reports in JSON; every figure checked against the model's workload.
-echo demo-pw | "$ORVSTAT" --url $URL --user demo --password-stdin --type volume --interval 1 \
+# Three-second intervals: the time a loaded machine (or a sanitizer build)
+# takes to answer blurs when counters were read, by a share that a longer
+# interval keeps well inside the tolerances below.
+echo demo-pw | "$ORVSTAT" --url $URL --user demo --password-stdin --type volume --interval 3 \
     --count 2 --json >"$WORK/json.out" 2>"$WORK/json.err"
 rc=$?
 [ $rc -eq 0 ] || fail "orv-stat --json exit $rc: $(cat "$WORK/json.err")"
@@ -58,7 +61,6 @@ for rep in reports:
     # Element times have whole seconds, the counters run on microseconds:
     # allow for one I/O of truncation per second and interval jitter.
     iv = hot["interval_s"]
-    check("hot interval", iv, 1.0, 0.0) if iv == 1.0 else None
     check("hot total IOPS", hot["total_iops"], 1000, 0.05)
     check("hot read IOPS", hot["read_iops"], 750, 0.05)
     check("hot write IOPS", hot["write_iops"], 250, 0.05)

@@ -460,7 +460,9 @@ MHD_Daemon* HttpServer::_startDaemon(unsigned short port, bool secure)
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, _config.maxHeaderBytes, MHD_OPTION_CONNECTION_LIMIT,
         _config.maxConnections, MHD_OPTION_PER_IP_CONNECTION_LIMIT,
         _config.maxConnectionsPerPeer, MHD_OPTION_CONNECTION_TIMEOUT,
-        _config.idleTimeoutSeconds, MHD_OPTION_LISTENING_ADDRESS_REUSE, 1u,
+        _config.idleTimeoutSeconds,
+        // No SO_REUSEPORT: a second server on a busy port must fail to start
+        // rather than have the kernel split the clients between the two.
         secure ? MHD_OPTION_HTTPS_MEM_CERT : MHD_OPTION_END, _config.tls.certPem.c_str(),
         MHD_OPTION_HTTPS_MEM_KEY, _config.tls.keyPem.c_str(), MHD_OPTION_HTTPS_PRIORITIES,
         tlsPriorities, MHD_OPTION_END);

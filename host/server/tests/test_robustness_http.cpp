@@ -263,3 +263,28 @@ TEST_F(HttpRobustness, StopFinishesEveryRequestAlreadyTaken)
     stopper.join();
     EXPECT_EQ(handler.calls, clients);
 }
+
+TEST_F(HttpRobustness, ASecondServerOnABusyPortRefusesToStart)
+{
+    // Sharing the port would let the kernel split connections between the
+    // two servers; the second one must fail and name the port.
+    HttpServerConfig config;
+    config.httpPort = port;
+    config.httpsPort = 0;
+    config.workerThreads = 1;
+    CountingHandler other;
+    HttpServer second(config, other, *users, log);
+    try
+    {
+        second.start();
+        FAIL() << "a second server started on port " << port;
+    }
+    catch (const HttpServerError& e)
+    {
+        EXPECT_NE(std::string(e.what()).find("port " + std::to_string(port)), std::string::npos)
+            << e.what();
+    }
+    std::string answer = exchange(post(goodAuth, "hello"));
+    EXPECT_NE(answer.find("user=alice body=5"), std::string::npos) << answer;
+    EXPECT_EQ(other.calls, 0);
+}

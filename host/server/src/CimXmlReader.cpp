@@ -144,7 +144,7 @@ CIMNamespaceName _namespace(const std::string& text)
     }
 }
 
-CIMObjectPath _objectPath(const xmlNode* node);
+CIMObjectPath _objectPath(const xmlNode* node, unsigned depth = 0);
 
 CIMKeyBinding::Type _keyType(const xmlNode* keyValue)
 {
@@ -165,11 +165,23 @@ CIMKeyBinding::Type _keyType(const xmlNode* keyValue)
     _fault("invalid KEYVALUE VALUETYPE \"" + type + "\"");
 }
 
-CIMKeyBinding _keyBinding(const CIMName& name, const xmlNode* value)
+void _checkKeyLength(size_t length)
+{
+    if (length > RequestLimits::maxKeyValueBytes)
+    {
+        _fault("a key value is longer than " + std::to_string(RequestLimits::maxKeyValueBytes) +
+               " bytes, the limit");
+    }
+}
+
+// depth: how many reference keys down from the outermost path this key is.
+CIMKeyBinding _keyBinding(const CIMName& name, const xmlNode* value, unsigned depth)
 {
     if (_is(value, "KEYVALUE"))
     {
-        return CIMKeyBinding(name, String(_text(value).c_str()), _keyType(value));
+        std::string text = _text(value);
+        _checkKeyLength(text.size());
+        return CIMKeyBinding(name, String(text.c_str()), _keyType(value));
     }
     if (_is(value, "VALUE.REFERENCE"))
     {
@@ -178,12 +190,21 @@ CIMKeyBinding _keyBinding(const CIMName& name, const xmlNode* value)
         {
             _fault("VALUE.REFERENCE needs exactly one path");
         }
-        return CIMKeyBinding(name, CIMValue(_objectPath(inner[0])));
+        if (depth >= RequestLimits::maxReferenceDepth)
+        {
+            _fault("paths nest in reference keys deeper than " +
+                   std::to_string(RequestLimits::maxReferenceDepth) + " levels, the limit");
+        }
+        CIMKeyBinding key(name, CIMValue(_objectPath(inner[0], depth + 1)));
+        // The path is held as quoted text; bound it before the next level
+        // quotes it again.
+        _checkKeyLength(key.getValue().size());
+        return key;
     }
     _fault("unexpected " + _name(value) + " as a key value");
 }
 
-CIMObjectPath _instanceName(const xmlNode* node)
+CIMObjectPath _instanceName(const xmlNode* node, unsigned depth = 0)
 {
     CIMName className = _cimName(_requiredAttr(node, "CLASSNAME"), "class name");
     Array<CIMKeyBinding> keys;
@@ -198,13 +219,13 @@ CIMObjectPath _instanceName(const xmlNode* node)
                 _fault("KEYBINDING " + std::string(keyName.getString().getCString()) +
                        " needs exactly one value");
             }
-            keys.append(_keyBinding(keyName, values[0]));
+            keys.append(_keyBinding(keyName, values[0], depth));
         }
         else if (_is(child, "KEYVALUE") || _is(child, "VALUE.REFERENCE"))
         {
             // A single unnamed key: the class's only key property, whose
             // name the path cannot state.
-            keys.append(_keyBinding(CIMName(), child));
+            keys.append(_keyBinding(CIMName(), child, depth));
         }
         else
         {
@@ -222,12 +243,12 @@ CIMObjectPath _instanceName(const xmlNode* node)
 }
 
 // Any of the six path forms that DSP0201 allows in a reference.
-CIMObjectPath _objectPath(const xmlNode* node)
+CIMObjectPath _objectPath(const xmlNode* node, unsigned depth)
 {
     std::vector<const xmlNode*> kids = _children(node);
     if (_is(node, "INSTANCENAME"))
     {
-        return _instanceName(node);
+        return _instanceName(node, depth);
     }
     if (_is(node, "CLASSNAME"))
     {
@@ -241,7 +262,7 @@ CIMObjectPath _objectPath(const xmlNode* node)
         {
             _fault(_name(node) + " needs a namespace and a name");
         }
-        CIMObjectPath path = _objectPath(kids[1]);
+        CIMObjectPath path = _objectPath(kids[1], depth);
         path.setNameSpace(_namespace(_namespaceText(kids[0])));
         return path;
     }
@@ -256,7 +277,7 @@ CIMObjectPath _objectPath(const xmlNode* node)
         {
             _fault("NAMESPACEPATH needs a HOST and a LOCALNAMESPACEPATH");
         }
-        CIMObjectPath path = _objectPath(kids[1]);
+        CIMObjectPath path = _objectPath(kids[1], depth);
         path.setHost(String(_text(nsParts[0]).c_str()));
         path.setNameSpace(_namespace(_namespaceText(nsParts[1])));
         return path;
@@ -592,6 +613,101 @@ void _decodeCall(const xmlNode* call, CimRequest& request)
         request.inParams.append(_paramValue(kids[next]));
     }
 }
+
+const char* _skipPast(const char* p, const char* end, const char* terminator)
+{
+    const size_t n = strlen(terminator);
+    for (; p + n <= end; ++p)
+    {
+        if (memcmp(p, terminator, n) == 0)
+        {
+            return p + n;
+        }
+    }
+    return nullptr;
+}
+
+// One linear pass over the bytes before libxml2 sees them: libxml2 compares
+// an element's attributes pairwise and builds a node per element, so both
+// counts are capped here. It counts rather than checks; what it misreads
+// libxml2 refuses afterwards.
+void _prescan(const std::string& body)
+{
+    const char* p = body.data();
+    const char* const end = p + body.size();
+    size_t elements = 0;
+    while ((p = static_cast<const char*>(memchr(p, '<', static_cast<size_t>(end - p)))) !=
+           nullptr)
+    {
+        ++p;
+        const char* terminator = nullptr;
+        if (end - p >= 3 && memcmp(p, "!--", 3) == 0)
+        {
+            terminator = "-->";
+        }
+        else if (end - p >= 8 && memcmp(p, "![CDATA[", 8) == 0)
+        {
+            terminator = "]]>";
+        }
+        else if (p < end && *p == '?')
+        {
+            terminator = "?>";
+        }
+        else if (p < end && *p == '!')
+        {
+            // No client of ours needs a DTD; refusing it rules out entity
+            // tricks and declarations libxml2 would have to digest.
+            throw CimProtocolError(400, notValid, "a DOCTYPE is not accepted");
+        }
+        else if (p < end && *p == '/')
+        {
+            terminator = ">";
+        }
+        if (terminator != nullptr)
+        {
+            p = _skipPast(p, end, terminator);
+            if (p == nullptr)
+            {
+                return;
+            }
+            continue;
+        }
+        if (++elements > RequestLimits::maxElements)
+        {
+            throw CimProtocolError(400, notValid,
+                                   "the request has more than " +
+                                       std::to_string(RequestLimits::maxElements) +
+                                       " elements, the limit");
+        }
+        size_t attributes = 0;
+        char quote = 0;
+        for (; p < end; ++p)
+        {
+            if (quote != 0)
+            {
+                if (*p == quote)
+                {
+                    quote = 0;
+                }
+            }
+            else if (*p == '"' || *p == '\'')
+            {
+                quote = *p;
+            }
+            else if (*p == '=' && ++attributes > RequestLimits::maxAttributesPerElement)
+            {
+                throw CimProtocolError(400, notValid,
+                                       "an element has more than " +
+                                           std::to_string(RequestLimits::maxAttributesPerElement) +
+                                           " attributes, the limit");
+            }
+            else if (*p == '>')
+            {
+                break;
+            }
+        }
+    }
+}
 } // namespace
 
 static void _quietXmlError(void*, const char*, ...)
@@ -609,6 +725,7 @@ CimRequest parseCimRequest(const std::string& body)
     {
         throw CimProtocolError(400, notWellFormed, "empty request body");
     }
+    _prescan(body);
     // Encoding and I/O faults in a client's bytes would otherwise be printed
     // on the server's stderr, once per bad request; they are answered below.
     xmlSetGenericErrorFunc(nullptr, _quietXmlError);

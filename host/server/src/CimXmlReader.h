@@ -79,6 +79,24 @@ struct CimRequest
     std::string errorText;
 };
 
+/// Bounds on one request, so that decoding it costs time and memory linear in
+/// its size. Each is far above what WBEM clients send; a request past one is
+/// refused with an answer that names the limit.
+struct RequestLimits
+{
+    /// Attributes on one element (libxml2 compares them pairwise). The
+    /// widest CIM-XML element has six.
+    static const size_t maxAttributesPerElement = 64;
+    /// Elements in one request, tags of every kind counted.
+    static const size_t maxElements = 100000;
+    /// Bytes in one key value, a reference key's path text included.
+    static const size_t maxKeyValueBytes = 64 * 1024;
+    /// Paths nested in reference keys below the path that holds them: each
+    /// level quotes the one below it again, so the text doubles per level.
+    /// OpenPegasus and the clients we know nest two at most.
+    static const unsigned maxReferenceDepth = 4;
+};
+
 /// Decodes one CIM-XML request message (DSP0201 SIMPLEREQ). Throws
 /// CimProtocolError for what HTTP must refuse; faults in parameters and
 /// object paths are left in errorCode/errorText.

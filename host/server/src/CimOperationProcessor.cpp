@@ -340,6 +340,36 @@ std::string _description(CIMStatusCode code, const std::string& text)
     return text.empty() ? out : out + ": " + text;
 }
 
+// "1." and a minor version in digits.
+bool _isProtocolVersion1(const std::string& value)
+{
+    if (value.size() < 3 || value.compare(0, 2, "1.") != 0)
+    {
+        return false;
+    }
+    return std::all_of(value.begin() + 2, value.end(),
+                       [](char c) { return isdigit(static_cast<unsigned char>(c)) != 0; });
+}
+
+// Whether a method call's CIMObject header names the object the body calls;
+// the namespaces are compared on their own, before.
+bool _namesTarget(const std::string& header, const CIMObjectPath& target)
+{
+    try
+    {
+        CIMObjectPath named{String(header.c_str())};
+        CIMObjectPath body = target;
+        named.setHost(String());
+        body.setHost(String());
+        named.setNameSpace(body.getNameSpace());
+        return named.identical(body);
+    }
+    catch (const Exception&)
+    {
+        return false;
+    }
+}
+
 HttpResponse _protocolError(int status, const std::string& cimError, const std::string& detail)
 {
     HttpResponse response;
@@ -416,16 +446,20 @@ HttpResponse CimOperationProcessor::handle(const HttpRequest& http)
         return _protocolError(400, "unsupported-operation",
                               "the CIMOperation header must be MethodCall");
     }
-    if (header("CIMProtocolVersion", value) && value.compare(0, 2, "1.") != 0)
+    if (header("CIMProtocolVersion", value) && !_isProtocolVersion1(value))
     {
         return _protocolError(501, "unsupported-protocol-version",
                               "CIMProtocolVersion " + value + " is not supported");
     }
     auto contentType = http.headers.find("Content-Type");
-    if (contentType != http.headers.end())
+    if (contentType == http.headers.end())
+    {
+        return _protocolError(400, "request-not-valid", "the Content-Type header is missing");
+    }
     {
         std::string type = _lower(contentType->second);
-        if (type.compare(0, 15, "application/xml") != 0 && type.compare(0, 8, "text/xml") != 0)
+        const std::string media = _trim(type.substr(0, type.find(';')));
+        if (media != "application/xml" && media != "text/xml")
         {
             return _protocolError(400, "request-not-valid",
                                   "Content-Type must be application/xml or text/xml");
@@ -473,6 +507,12 @@ HttpResponse CimOperationProcessor::handle(const HttpRequest& http)
     {
         return _protocolError(400, "header-mismatch",
                               "the CIMObject header does not match the namespace in the body");
+    }
+    if (!request.intrinsic && request.errorCode == CIM_ERR_SUCCESS &&
+        !_namesTarget(object, request.objectPath))
+    {
+        return _protocolError(400, "header-mismatch",
+                              "the CIMObject header does not name the object in the body");
     }
 
     HttpResponse response;

@@ -9,6 +9,7 @@
 
 #include <cstring>
 #include <memory>
+#include <set>
 
 using namespace Pegasus;
 
@@ -603,6 +604,7 @@ void _decodeCall(const xmlNode* call, CimRequest& request)
     }
     request.objectPath = _objectPath(kids[0]);
     request.nameSpace = request.objectPath.getNameSpace();
+    std::set<std::string> seen;
     for (next = 1; next < kids.size(); ++next)
     {
         if (!_is(kids[next], "PARAMVALUE"))
@@ -610,7 +612,14 @@ void _decodeCall(const xmlNode* call, CimRequest& request)
             throw CimProtocolError(400, notValid,
                                    "unexpected " + _name(kids[next]) + " in METHODCALL");
         }
-        request.inParams.append(_paramValue(kids[next]));
+        CIMParamValue param = _paramValue(kids[next]);
+        String folded = param.getParameterName();
+        folded.toLower();
+        if (!seen.insert(static_cast<const char*>(folded.getCString())).second)
+        {
+            _fault("parameter " + _requiredAttr(kids[next], "NAME") + " given twice");
+        }
+        request.inParams.append(param);
     }
 }
 

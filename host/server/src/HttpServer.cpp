@@ -46,14 +46,138 @@ std::string _peerAddress(MHD_Connection* conn)
     return text;
 }
 
-MHD_Result _collectHeader(void* cls, MHD_ValueKind, const char* key, const char* value)
+struct HeaderCollector
 {
-    auto* headers = static_cast<HeaderMap*>(cls);
-    if (key != nullptr)
+    HeaderMap& headers;
+    std::string fault; ///< why the head is refused, if it is
+};
+
+MHD_Result _collectHeader(void* cls, MHD_ValueKind, const char* key, size_t keySize,
+                          const char* value, size_t valueSize)
+{
+    auto* c = static_cast<HeaderCollector*>(cls);
+    if (key == nullptr)
     {
-        headers->emplace(key, value == nullptr ? "" : value);
+        return MHD_YES;
+    }
+    std::string name(key, keySize);
+    std::string text = value == nullptr ? "" : std::string(value, valueSize);
+    if (text.find('\0') != std::string::npos || text.find('\r') != std::string::npos)
+    {
+        c->fault = "the " + name + " header holds a NUL or a bare CR";
+    }
+    auto added = c->headers.emplace(name, text);
+    // Two framings of one body would let us and a proxy in front disagree
+    // on where the next request starts.
+    if (!added.second && added.first->second != text &&
+        (strcasecmp(name.c_str(), "Content-Length") == 0 ||
+         strcasecmp(name.c_str(), "Transfer-Encoding") == 0))
+    {
+        c->fault = "conflicting " + name + " headers";
     }
     return MHD_YES;
+}
+
+int _base64Digit(char c)
+{
+    if (c >= 'A' && c <= 'Z')
+        return c - 'A';
+    if (c >= 'a' && c <= 'z')
+        return c - 'a' + 26;
+    if (c >= '0' && c <= '9')
+        return c - '0' + 52;
+    if (c == '+')
+        return 62;
+    if (c == '/')
+        return 63;
+    return -1;
+}
+
+// Strict base64: whole quads, padding at the end only.
+bool _base64Decode(const std::string& in, std::string& out)
+{
+    if (in.empty() || in.size() % 4 != 0)
+    {
+        return false;
+    }
+    out.clear();
+    for (size_t i = 0; i < in.size(); i += 4)
+    {
+        const bool last = i + 4 == in.size();
+        int d[4];
+        int pad = 0;
+        for (int k = 0; k < 4; ++k)
+        {
+            d[k] = _base64Digit(in[i + k]);
+            if (d[k] < 0)
+            {
+                if (!last || in[i + k] != '=' || k < 2 || (k == 2 && in[i + 3] != '='))
+                {
+                    return false;
+                }
+                d[k] = 0;
+                ++pad;
+            }
+        }
+        const unsigned v = (unsigned(d[0]) << 18) | (unsigned(d[1]) << 12) |
+                           (unsigned(d[2]) << 6) | unsigned(d[3]);
+        out += static_cast<char>(v >> 16);
+        if (pad < 2)
+            out += static_cast<char>((v >> 8) & 0xff);
+        if (pad < 1)
+            out += static_cast<char>(v & 0xff);
+    }
+    return true;
+}
+
+// "Basic <user:password in base64>", the scheme in any case and nothing
+// after the token. A NUL would let a prefix of the password pass.
+bool _basicCredentials(const HeaderMap& headers, std::string& user, std::string& password)
+{
+    auto auth = headers.find("Authorization");
+    if (auth == headers.end())
+    {
+        return false;
+    }
+    const std::string& value = auth->second;
+    size_t space = value.find(' ');
+    if (space != 5 || strncasecmp(value.c_str(), "Basic", 5) != 0)
+    {
+        return false;
+    }
+    size_t start = value.find_first_not_of(' ', space);
+    size_t end = value.find_last_not_of(" \t");
+    if (start == std::string::npos)
+    {
+        return false;
+    }
+    std::string pair;
+    if (!_base64Decode(value.substr(start, end + 1 - start), pair) ||
+        pair.find('\0') != std::string::npos)
+    {
+        return false;
+    }
+    size_t colon = pair.find(':');
+    if (colon == std::string::npos)
+    {
+        return false;
+    }
+    user = pair.substr(0, colon);
+    password = pair.substr(colon + 1);
+    pair.assign(pair.size(), '\0');
+    return true;
+}
+
+// Digits only: strtoull would take signs and blanks.
+bool _contentLength(const std::string& text, unsigned long long& n)
+{
+    if (text.empty() || text.size() > 19 ||
+        !std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }))
+    {
+        return false;
+    }
+    n = strtoull(text.c_str(), nullptr, 10);
+    return true;
 }
 
 void _mhdLog(void*, const char* fmt, va_list ap)
@@ -217,6 +341,7 @@ struct HttpServer::RequestState
     std::string password;
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
     bool bodyTooLarge = false;
+    size_t discarded = 0; ///< body bytes read past the limit and dropped
     // Credentials are checked (slowly, on a worker) before any body is read,
     // so unauthenticated clients cannot make the server hold uploads.
     bool authenticated = false;
@@ -285,6 +410,14 @@ struct HttpServerCallbacks
         return response;
     }
 
+    // The connection ends after this answer: what else the client sent is
+    // not read as a next request.
+    static HttpResponse closing(HttpResponse response)
+    {
+        response.headers.emplace_back("Connection", "close");
+        return response;
+    }
+
     static MHD_Result onRequest(void* cls, MHD_Connection* conn, const char* url,
                                 const char* method, const char*, const char* uploadData,
                                 size_t* uploadSize, void** conCls)
@@ -299,10 +432,14 @@ struct HttpServerCallbacks
             state->request.method = method;
             state->request.url = url;
             state->request.peer = _peerAddress(conn);
-            MHD_get_connection_values(conn, MHD_HEADER_KIND, _collectHeader,
-                                      &state->request.headers);
+            HeaderCollector collector{state->request.headers, ""};
+            MHD_get_connection_values_n(conn, MHD_HEADER_KIND, _collectHeader, &collector);
             *conCls = state;
             ++server->_inFlight;
+            if (!collector.fault.empty())
+            {
+                return queue(state, closing(plain(400, collector.fault)));
+            }
             return _screen(server, state);
         }
         if (state->responseReady)
@@ -313,6 +450,14 @@ struct HttpServerCallbacks
         {
             return MHD_YES; // still parked for the login check
         }
+        if (*uploadSize == 0 && state->bodyTooLarge)
+        {
+            HttpResponse response = closing(plain(413, "request body too large"));
+            response.summary.cimStatus = "body-too-large";
+            state->response = response;
+            state->responseReady = true;
+            return queue(state, state->response);
+        }
         if (*uploadSize == 0 && !state->sawRepeatedFirstCall && state->request.body.empty())
         {
             state->sawRepeatedFirstCall = true;
@@ -320,19 +465,33 @@ struct HttpServerCallbacks
         }
         if (*uploadSize != 0)
         {
-            if (state->request.body.size() + *uploadSize > server->_config.maxBodyBytes)
+            if (state->bodyTooLarge ||
+                state->request.body.size() + *uploadSize > server->_config.maxBodyBytes)
             {
-                // A chunked body without a length ran past the limit: the
-                // only safe answer mid-upload is to drop the connection.
-                state->bodyTooLarge = true;
-                server->_log.record("-", state->request.peer, "-", "-", 413, "body-too-large",
-                                    _millisSince(state->start));
-                return MHD_NO;
+                // A chunked body without a length ran past the limit. The
+                // rest is read and dropped so that the client gets its 413;
+                // one that keeps sending past twice the limit is cut off.
+                if (!state->bodyTooLarge)
+                {
+                    state->bodyTooLarge = true;
+                    state->discarded = state->request.body.size();
+                    std::string().swap(state->request.body);
+                }
+                state->discarded += *uploadSize;
+                *uploadSize = 0;
+                if (state->discarded > 2 * server->_config.maxBodyBytes)
+                {
+                    server->_log.record(state->request.user, state->request.peer, "-", "-", 413,
+                                        "body-too-large", _millisSince(state->start));
+                    return MHD_NO;
+                }
+                return MHD_YES;
             }
             state->request.body.append(uploadData, *uploadSize);
             *uploadSize = 0;
             return MHD_YES;
         }
+
         if (!state->submitted)
         {
             state->submitted = true;
@@ -354,23 +513,35 @@ struct HttpServerCallbacks
             return queue(state, response);
         }
         auto length = request.headers.find("Content-Length");
+        auto coding = request.headers.find("Transfer-Encoding");
+        if (coding != request.headers.end())
+        {
+            if (length != request.headers.end())
+            {
+                return queue(state,
+                             closing(plain(400, "Content-Length and Transfer-Encoding together")));
+            }
+            if (strcasecmp(coding->second.c_str(), "chunked") != 0)
+            {
+                return queue(state, closing(plain(501, "only the chunked transfer coding is "
+                                                       "accepted")));
+            }
+        }
         if (length != request.headers.end())
         {
-            char* end = nullptr;
-            unsigned long long n = strtoull(length->second.c_str(), &end, 10);
-            if (end == length->second.c_str() || n > server->_config.maxBodyBytes)
+            unsigned long long n = 0;
+            if (!_contentLength(length->second, n))
+            {
+                return queue(state, closing(plain(400, "malformed Content-Length")));
+            }
+            if (n > server->_config.maxBodyBytes)
             {
                 return queue(state, plain(413, "request body too large"));
             }
         }
-        char* password = nullptr;
-        char* user = MHD_basic_auth_get_username_password(state->connection, &password);
-        if (user == nullptr)
+        std::string user;
+        if (!_basicCredentials(request.headers, user, state->password))
         {
-            if (password != nullptr)
-            {
-                MHD_free(password);
-            }
             HttpResponse response = plain(401, "authentication required");
             response.headers.emplace_back("WWW-Authenticate",
                                           "Basic realm=\"" + server->_config.realm + "\"");
@@ -378,13 +549,6 @@ struct HttpServerCallbacks
             return queue(state, response);
         }
         state->request.user = user;
-        MHD_free(user);
-        if (password != nullptr)
-        {
-            state->password = password;
-            memset(password, 0, strlen(password));
-            MHD_free(password);
-        }
         MHD_suspend_connection(state->connection);
         server->_enqueue(state);
         return MHD_YES;

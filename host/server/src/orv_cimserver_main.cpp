@@ -21,11 +21,15 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <thread>
 
 using namespace orvhost;
 
 namespace
 {
+// Seconds after the shutdown grace period before the process ends anyway.
+const unsigned forcedStopMargin = 3;
+
 const char usage[] =
     "usage: orv-cimserver [options]\n"
     "  --http-port N         plain HTTP port (default 5988; 0 turns it off)\n"
@@ -47,6 +51,9 @@ const char usage[] =
     "  --max-body BYTES      largest request body (default 8388608)\n"
     "  --max-connections N   open connections at most (default 256)\n"
     "  --idle-timeout S      idle connection timeout in seconds (default 60)\n"
+    "  --shutdown-grace S    on SIGTERM or SIGINT, requests in flight get S seconds to\n"
+    "                        finish (default 30); 3 s later the process ends whatever\n"
+    "                        still runs, exit status 1. A second signal ends it at once\n"
     "  --help                this text\n";
 
 struct Options
@@ -62,6 +69,7 @@ struct Options
     std::string providerDir;
     std::string accessLog = "-";
     int logLevel = -1;
+    unsigned shutdownGrace = 30;
 };
 
 bool _number(const char* text, unsigned long max, unsigned long& out)
@@ -138,6 +146,12 @@ int _parse(int argc, char** argv, Options& o)
             if (!needNumber(86400))
                 return 2;
             o.http.idleTimeoutSeconds = static_cast<unsigned>(n);
+        }
+        else if (arg == "--shutdown-grace")
+        {
+            if (!needNumber(3600))
+                return 2;
+            o.shutdownGrace = static_cast<unsigned>(n);
         }
         else if (arg == "--bind")
             o.http.bindAddress = v;
@@ -305,8 +319,21 @@ int main(int argc, char** argv)
 
         int sig = 0;
         sigwait(&stopSignals, &sig);
-        fprintf(stderr, "orv-cimserver: %s: finishing requests in flight\n", strsignal(sig));
-        server.stop(30);
+        fprintf(stderr, "orv-cimserver: %s: finishing requests in flight (%u s at most)\n",
+                strsignal(sig), o.shutdownGrace);
+        // A request may run (or a client may stall its answer) for longer
+        // than anyone waits for a stop: past the grace period, and a little
+        // for the answers finished within it to go out, the process ends.
+        std::thread deadline([stopSignals, grace = o.shutdownGrace] {
+            timespec wait{static_cast<time_t>(grace) + forcedStopMargin, 0};
+            siginfo_t info;
+            int again = sigtimedwait(&stopSignals, &info, &wait);
+            fprintf(stderr, "orv-cimserver: %s; stopping without the requests still running\n",
+                    again > 0 ? "signalled again" : "the shutdown grace period is over");
+            _exit(1);
+        });
+        deadline.detach();
+        server.stop(o.shutdownGrace);
         om.shutdown();
         fprintf(stderr, "orv-cimserver: stopped\n");
         return 0;

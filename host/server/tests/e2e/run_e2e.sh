@@ -315,6 +315,31 @@ tail -c 40 "$WORK/lun-chunked.body" | grep -q '</CIM>' || fail "lun-chunked: the
     fail "lun-http10: an HTTP/1.0 client does not get the whole answer"
 stop_server big
 
+# --- Shutdown is bounded: clients that stall large answers pin workers, yet
+# SIGTERM ends the process within the grace period plus 5 s.
+start_server slow --shutdown-grace 2
+SLOW=()
+for _ in 1 2 3; do
+    timeout 60 curl -s -o /dev/null --limit-rate 1 -u demo:demo-pw \
+        -H 'Content-Type: application/xml; charset="utf-8"' -H 'CIMOperation: MethodCall' \
+        -H 'CIMMethod: EnumerateInstances' -H 'CIMObject: root%2Forv' \
+        --data-binary @"$WORK/lun-ei.xml" "http://127.0.0.1:$HTTP/cimom" &
+    SLOW+=($!)
+done
+sleep 2
+started=$(date +%s)
+kill -TERM "$PID"
+for _ in $(seq 150); do kill -0 "$PID" 2>/dev/null || break; sleep 0.1; done
+took=$(($(date +%s) - started))
+if kill -0 "$PID" 2>/dev/null; then
+    fail "slow: the server still runs ${took} s after SIGTERM with a grace period of 2 s"
+    kill -KILL "$PID"
+elif [ "$took" -gt 7 ]; then
+    fail "slow: the server took ${took} s to stop with a grace period of 2 s"
+fi
+PID=""
+kill "${SLOW[@]}" 2>/dev/null
+
 if [ $FAILS -ne 0 ]; then
     echo "$FAILS end-to-end check(s) failed; logs in $WORK"
     exit 1

@@ -18,9 +18,12 @@
 namespace orvhost
 {
 
+const char defaultTlsPriorities[] =
+    "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.2:-KX-ALL:+ECDHE-ECDSA:+ECDHE-RSA:-CIPHER-ALL:"
+    "+AES-256-GCM:+AES-128-GCM:+CHACHA20-POLY1305:-MAC-ALL:+AEAD";
+
 namespace
 {
-const char tlsPriorities[] = "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.2";
 const unsigned pollingThreads = 2;
 
 std::string _peerAddress(MHD_Connection* conn)
@@ -629,7 +632,7 @@ MHD_Daemon* HttpServer::_startDaemon(unsigned short port, bool secure)
         // rather than have the kernel split the clients between the two.
         secure ? MHD_OPTION_HTTPS_MEM_CERT : MHD_OPTION_END, _config.tls.certPem.c_str(),
         MHD_OPTION_HTTPS_MEM_KEY, _config.tls.keyPem.c_str(), MHD_OPTION_HTTPS_PRIORITIES,
-        tlsPriorities, MHD_OPTION_END);
+        _config.tlsPriorities.c_str(), MHD_OPTION_END);
     if (daemon == nullptr)
     {
         throw HttpServerError(std::string("cannot listen on ") + _config.bindAddress + " port " +

@@ -22,12 +22,17 @@ struct MHD_Connection;
 namespace orvhost
 {
 
+/// TLS 1.3, and for TLS 1.2 only ECDHE key exchange with AEAD ciphers:
+/// forward secrecy, no CBC, no SHA-1 MACs.
+extern const char defaultTlsPriorities[];
+
 struct HttpServerConfig
 {
     std::string bindAddress = "127.0.0.1";
     unsigned short httpPort = 5988;  ///< 0: no plain HTTP listener
     unsigned short httpsPort = 5989; ///< 0: no HTTPS listener
     TlsCredentials tls;
+    std::string tlsPriorities = defaultTlsPriorities; ///< a GnuTLS priority string
     size_t maxBodyBytes = 8 * 1024 * 1024;
     size_t maxHeaderBytes = 32 * 1024;
     unsigned maxConnections = 256;

@@ -12,6 +12,7 @@
 #include <cimom/ObjectManager.h>
 #include <orvsim.h>
 
+#include <gnutls/gnutls.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -54,6 +55,8 @@ const char usage[] =
     "  --shutdown-grace S    on SIGTERM or SIGINT, requests in flight get S seconds to\n"
     "                        finish (default 30); 3 s later the process ends whatever\n"
     "                        still runs, exit status 1. A second signal ends it at once\n"
+    "  --tls-priorities P    GnuTLS priority string for HTTPS (default: TLS 1.3, and\n"
+    "                        TLS 1.2 with ECDHE and AES-GCM or ChaCha20-Poly1305)\n"
     "  --help                this text\n";
 
 struct Options
@@ -153,6 +156,8 @@ int _parse(int argc, char** argv, Options& o)
                 return 2;
             o.shutdownGrace = static_cast<unsigned>(n);
         }
+        else if (arg == "--tls-priorities")
+            o.http.tlsPriorities = v;
         else if (arg == "--bind")
             o.http.bindAddress = v;
         else if (arg == "--array")
@@ -189,6 +194,15 @@ int _parse(int argc, char** argv, Options& o)
         fprintf(stderr, "orv-cimserver: --cert and --key go together\n");
         return 2;
     }
+    gnutls_priority_t priorities;
+    const char* at = nullptr;
+    if (gnutls_priority_init(&priorities, o.http.tlsPriorities.c_str(), &at) < 0)
+    {
+        fprintf(stderr, "orv-cimserver: --tls-priorities: not a GnuTLS priority string (at \"%s\")\n",
+                at == nullptr ? "" : at);
+        return 2;
+    }
+    gnutls_priority_deinit(priorities);
     return 0;
 }
 

@@ -183,12 +183,60 @@ bool _contentLength(const std::string& text, unsigned long long& n)
     return true;
 }
 
-void _mhdLog(void*, const char* fmt, va_list ap)
+// libmicrohttpd reports client misbehaviour (bad TLS handshakes, broken
+// requests) here: not server faults, and any client can cause them at will.
+// Each goes out as one whole line, and at most a burst of them per second
+// across both listeners, so that a client cannot flood or garble stderr.
+class LibraryLog
 {
-    // libmicrohttpd reports client misbehaviour (bad TLS handshakes, broken
-    // requests) here; these are not server faults, keep them on stderr only.
-    fputs("orv-cimserver: http: ", stderr);
-    vfprintf(stderr, fmt, ap);
+public:
+    static const int burst = 20;
+
+    void write(const char* listener, const char* fmt, va_list ap)
+    {
+        char text[1024];
+        int n = vsnprintf(text, sizeof(text), fmt, ap);
+        std::string line = n < 0 ? std::string("(unprintable message)") : std::string(text);
+        while (!line.empty() && (line.back() == '\n' || line.back() == '\r'))
+        {
+            line.pop_back();
+        }
+        std::replace_if(line.begin(), line.end(),
+                        [](char c) { return c == '\n' || c == '\r'; }, ' ');
+        std::lock_guard<std::mutex> lock(_mutex);
+        const auto now = std::chrono::steady_clock::now();
+        if (now - _windowStart >= std::chrono::seconds(1))
+        {
+            if (_suppressed != 0)
+            {
+                fprintf(stderr, "orv-cimserver: %d more library messages were not shown\n",
+                        _suppressed);
+            }
+            _windowStart = now;
+            _shown = 0;
+            _suppressed = 0;
+        }
+        if (_shown >= burst)
+        {
+            ++_suppressed;
+            return;
+        }
+        ++_shown;
+        fprintf(stderr, "orv-cimserver: %s: %s\n", listener, line.c_str());
+    }
+
+private:
+    std::mutex _mutex;
+    std::chrono::steady_clock::time_point _windowStart;
+    int _shown = 0;
+    int _suppressed = 0;
+};
+
+LibraryLog libraryLog;
+
+void _mhdLog(void* cls, const char* fmt, va_list ap)
+{
+    libraryLog.write(static_cast<const char*>(cls), fmt, ap);
 }
 
 double _millisSince(std::chrono::steady_clock::time_point start)
@@ -622,7 +670,7 @@ MHD_Daemon* HttpServer::_startDaemon(unsigned short port, bool secure)
     }
     MHD_Daemon* daemon = MHD_start_daemon(
         flags, port, nullptr, nullptr, &HttpServerCallbacks::onRequest, this,
-        MHD_OPTION_EXTERNAL_LOGGER, &_mhdLog, nullptr, MHD_OPTION_SOCK_ADDR, reinterpret_cast<sockaddr*>(&addr), MHD_OPTION_THREAD_POOL_SIZE,
+        MHD_OPTION_EXTERNAL_LOGGER, &_mhdLog, const_cast<char*>(secure ? "https" : "http"), MHD_OPTION_SOCK_ADDR, reinterpret_cast<sockaddr*>(&addr), MHD_OPTION_THREAD_POOL_SIZE,
         pollingThreads, MHD_OPTION_NOTIFY_COMPLETED, &HttpServerCallbacks::onCompleted, this,
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, _config.maxHeaderBytes, MHD_OPTION_CONNECTION_LIMIT,
         _config.maxConnections, MHD_OPTION_PER_IP_CONNECTION_LIMIT,

@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <thread>
 #include <vector>
 #include <cstdio>
@@ -368,4 +369,32 @@ TEST_F(HttpRobustness, AChunkedBodyPastTheLimitIsAnswered413)
     EXPECT_EQ(_status(answer), " 413 ") << answer;
     EXPECT_EQ(handler.calls, 0);
     EXPECT_NE(exchange(post(goodAuth, "ok")).find("body=2"), std::string::npos);
+}
+
+TEST_F(HttpRobustness, LibraryMessagesAreWholeLinesAndRateLimited)
+{
+    // Every broken request makes libmicrohttpd say something; a client
+    // sending a hundred of them gets a bounded number of lines, each whole.
+    const auto started = std::chrono::steady_clock::now();
+    testing::internal::CaptureStderr();
+    for (int i = 0; i < 100; ++i)
+    {
+        exchange("POST /cimom HTTP/1.1\r\nHost: x\r\n" + std::string(goodAuth) +
+                 "Content-Length: 12x\r\n\r\n");
+    }
+    std::string printed = testing::internal::GetCapturedStderr();
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(
+                             std::chrono::steady_clock::now() - started)
+                             .count();
+    size_t lines = 0;
+    size_t start = 0;
+    for (size_t end; (end = printed.find('\n', start)) != std::string::npos; start = end + 1)
+    {
+        ++lines;
+        EXPECT_EQ(printed.compare(start, 15, "orv-cimserver: "), 0) << printed.substr(start, end - start);
+    }
+    EXPECT_EQ(start, printed.size()) << "a line without its end";
+    EXPECT_GT(lines, 0u);
+    // A burst per second, and a note of what was left out.
+    EXPECT_LE(lines, static_cast<size_t>(seconds + 2) * 21) << printed;
 }

@@ -591,7 +591,24 @@ struct HttpServerCallbacks
             }
         }
         std::string user;
-        if (!_basicCredentials(request.headers, user, state->password))
+        const bool parsed = _basicCredentials(request.headers, user, state->password);
+        if (parsed)
+        {
+            // Refused without a password check: a guesser gets nothing for
+            // its attempts and costs us nothing.
+            unsigned wait = server->_loginWait(request.peer, user);
+            if (wait != 0 || server->_loginQueueFull())
+            {
+                state->password.assign(state->password.size(), '\0');
+                request.user = user;
+                HttpResponse response = plain(503, wait != 0 ? "too many failed logins"
+                                                             : "too many logins at once");
+                response.headers.emplace_back("Retry-After", std::to_string(wait ? wait : 1));
+                response.summary.cimStatus = wait != 0 ? "login-backoff" : "login-queue-full";
+                return queue(state, response);
+            }
+        }
+        if (!parsed)
         {
             HttpResponse response = plain(401, "authentication required");
             response.headers.emplace_back("WWW-Authenticate",
@@ -696,10 +713,17 @@ void HttpServer::start()
         std::lock_guard<std::mutex> lock(_queueMutex);
         _stopping = false;
         _liveWorkers = static_cast<int>(_config.workerThreads);
+        _liveLogins = static_cast<int>(std::max(1u, _config.loginThreads));
+        _perUserCap = _config.maxRequestsPerUser != 0 ? _config.maxRequestsPerUser
+                                                      : std::max(1u, _config.workerThreads / 2);
     }
     for (unsigned i = 0; i < _config.workerThreads; ++i)
     {
         _workers.emplace_back(&HttpServer::_workerLoop, this);
+    }
+    for (int i = 0; i < _liveLogins; ++i)
+    {
+        _loginWorkers.emplace_back(&HttpServer::_loginLoop, this);
     }
     try
     {
@@ -737,12 +761,20 @@ void HttpServer::stop(unsigned graceSeconds)
         // connections are simply closed by the daemon stop below.
         std::unique_lock<std::mutex> lock(_queueMutex);
         _idleCv.wait_for(lock, std::chrono::seconds(graceSeconds), [this] {
-            return _queue.empty() && _processing == 0;
+            return _queue.empty() && _logins.empty() && _processing == 0;
         });
         _stopping = true;
     }
     // Workers drain everything parked before they leave: stopping a daemon
     // frees its connections, and a worker must never touch one afterwards.
+    // Logins go first: a login that passes parks its request for a worker,
+    // or serves it in place once the workers are gone.
+    _loginCv.notify_all();
+    for (std::thread& worker : _loginWorkers)
+    {
+        worker.join();
+    }
+    _loginWorkers.clear();
     _queueCv.notify_all();
     for (std::thread& worker : _workers)
     {
@@ -798,10 +830,17 @@ void HttpServer::_enqueue(RequestState* state)
 {
     {
         std::lock_guard<std::mutex> lock(_queueMutex);
-        if (_liveWorkers > 0)
+        if (!state->authenticated && _liveLogins > 0)
+        {
+            _logins.push_back(state);
+            _loginCv.notify_one();
+            return;
+        }
+        if (state->authenticated && _liveWorkers > 0)
         {
             _queue.push_back(state);
-            _queueCv.notify_one();
+            // Some workers may pass this one by for its user's cap.
+            _queueCv.notify_all();
             return;
         }
     }
@@ -809,21 +848,27 @@ void HttpServer::_enqueue(RequestState* state)
     _finishProcessing(state);
 }
 
-void HttpServer::_workerLoop()
+bool HttpServer::_loginQueueFull()
+{
+    std::lock_guard<std::mutex> lock(_queueMutex);
+    return _logins.size() >= _config.maxPendingLogins;
+}
+
+void HttpServer::_loginLoop()
 {
     for (;;)
     {
         RequestState* state = nullptr;
         {
             std::unique_lock<std::mutex> lock(_queueMutex);
-            _queueCv.wait(lock, [this] { return _stopping || !_queue.empty(); });
-            if (_queue.empty())
+            _loginCv.wait(lock, [this] { return _stopping || !_logins.empty(); });
+            if (_logins.empty())
             {
-                --_liveWorkers;
+                --_liveLogins;
                 return;
             }
-            state = _queue.front();
-            _queue.pop_front();
+            state = _logins.front();
+            _logins.pop_front();
             ++_processing;
         }
         _process(state);
@@ -831,6 +876,106 @@ void HttpServer::_workerLoop()
         std::lock_guard<std::mutex> lock(_queueMutex);
         --_processing;
         _idleCv.notify_all();
+    }
+}
+
+unsigned HttpServer::_loginWait(const std::string& peer, const std::string& user)
+{
+    std::lock_guard<std::mutex> lock(_failuresMutex);
+    const auto now = std::chrono::steady_clock::now();
+    unsigned wait = 0;
+    for (const std::string& key : {"a " + peer, "u " + user})
+    {
+        auto it = _failures.find(key);
+        if (it != _failures.end() && it->second.until > now)
+        {
+            auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(it->second.until - now);
+            wait = std::max(wait, static_cast<unsigned>((ms.count() + 999) / 1000));
+        }
+    }
+    return wait;
+}
+
+void HttpServer::_loginResult(const std::string& peer, const std::string& user, bool ok)
+{
+    std::lock_guard<std::mutex> lock(_failuresMutex);
+    const std::string keys[] = {"a " + peer, "u " + user};
+    if (ok)
+    {
+        for (const std::string& key : keys)
+        {
+            _failures.erase(key);
+        }
+        return;
+    }
+    const auto now = std::chrono::steady_clock::now();
+    const auto cap = std::chrono::milliseconds(_config.loginBackoffCapSeconds * 1000ull);
+    if (_failures.size() > 10000)
+    {
+        // Guessers with many names or addresses: forget those whose last
+        // delay is long over.
+        for (auto it = _failures.begin(); it != _failures.end();)
+        {
+            it = it->second.until + cap < now ? _failures.erase(it) : std::next(it);
+        }
+    }
+    for (const std::string& key : keys)
+    {
+        LoginFailures& f = _failures[key];
+        ++f.count;
+        if (f.count >= _config.loginFreeFailures)
+        {
+            const unsigned doublings = std::min(f.count - _config.loginFreeFailures, 20u);
+            const auto delay = std::min<std::chrono::milliseconds>(
+                cap, std::chrono::milliseconds(uint64_t(_config.loginBackoffBaseMs) << doublings));
+            f.until = now + delay;
+        }
+    }
+}
+
+void HttpServer::_workerLoop()
+{
+    for (;;)
+    {
+        RequestState* state = nullptr;
+        std::string user;
+        {
+            std::unique_lock<std::mutex> lock(_queueMutex);
+            // The oldest request whose user is under the cap; when stopping,
+            // the oldest of all.
+            auto next = _queue.end();
+            _queueCv.wait(lock, [&] {
+                for (next = _queue.begin(); next != _queue.end(); ++next)
+                {
+                    auto active = _activeByUser.find((*next)->request.user);
+                    if (_stopping || active == _activeByUser.end() || active->second < _perUserCap)
+                    {
+                        return true;
+                    }
+                }
+                return _stopping;
+            });
+            if (next == _queue.end())
+            {
+                --_liveWorkers;
+                return;
+            }
+            state = *next;
+            _queue.erase(next);
+            user = state->request.user;
+            ++_activeByUser[user];
+            ++_processing;
+        }
+        _process(state);
+        _finishProcessing(state);
+        std::lock_guard<std::mutex> lock(_queueMutex);
+        if (--_activeByUser[user] == 0)
+        {
+            _activeByUser.erase(user);
+        }
+        --_processing;
+        _idleCv.notify_all();
+        _queueCv.notify_all();
     }
 }
 
@@ -842,7 +987,9 @@ void HttpServer::_process(RequestState* state)
         _serve(state);
         return;
     }
-    if (!_users.authenticate(request.user, state->password))
+    const bool ok = _users.authenticate(request.user, state->password);
+    _loginResult(request.peer, request.user, ok);
+    if (!ok)
     {
         state->password.assign(state->password.size(), '\0');
         HttpResponse response = HttpServerCallbacks::plain(401, "authentication failed");

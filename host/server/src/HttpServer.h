@@ -7,9 +7,11 @@
 #include "UserStore.h"
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -39,6 +41,21 @@ struct HttpServerConfig
     unsigned maxConnectionsPerPeer = 64;
     unsigned idleTimeoutSeconds = 60;
     unsigned workerThreads = 8;
+    /// Requests of one user served at once; the rest wait their turn, so one
+    /// account cannot occupy every worker. 0: half the workers (at least 1).
+    unsigned maxRequestsPerUser = 0;
+    /// Threads that check passwords (slow by design), apart from the workers.
+    unsigned loginThreads = 2;
+    /// Logins waiting for a check; past this a login is answered 503.
+    unsigned maxPendingLogins = 64;
+    /// After `loginFreeFailures` failed logins in a row from one address or
+    /// for one user name, logins from it or for it are refused (503 with
+    /// Retry-After, no password check) for a delay that starts at
+    /// loginBackoffBaseMs and doubles per further failure up to the cap. A
+    /// successful login ends both.
+    unsigned loginFreeFailures = 5;
+    unsigned loginBackoffBaseMs = 1000;
+    unsigned loginBackoffCapSeconds = 30;
     std::string realm = "orv-cimserver";
 };
 
@@ -73,6 +90,12 @@ private:
     friend struct HttpServerCallbacks;
     MHD_Daemon* _startDaemon(unsigned short port, bool secure);
     void _workerLoop();
+    void _loginLoop();
+    /// Seconds before a login from this address for this user may be
+    /// checked; 0: now.
+    unsigned _loginWait(const std::string& peer, const std::string& user);
+    void _loginResult(const std::string& peer, const std::string& user, bool ok);
+    bool _loginQueueFull();
     void _enqueue(RequestState* state);
     void _process(RequestState* state);
     void _serve(RequestState* state);
@@ -97,6 +120,21 @@ private:
     // Workers still taking requests; once none is left, a request parked
     // during shutdown is served on the daemon's own thread instead.
     int _liveWorkers = 0;
+    std::deque<RequestState*> _logins; ///< waiting for their password check
+    std::condition_variable _loginCv;
+    std::vector<std::thread> _loginWorkers;
+    int _liveLogins = 0;
+    std::map<std::string, unsigned> _activeByUser;
+    unsigned _perUserCap = 1;
+
+    struct LoginFailures
+    {
+        unsigned count = 0;
+        std::chrono::steady_clock::time_point until;
+    };
+    std::mutex _failuresMutex;
+    /// "a " + address and "u " + user name
+    std::map<std::string, LoginFailures> _failures;
 };
 
 } // namespace orvhost

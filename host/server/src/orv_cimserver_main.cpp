@@ -52,6 +52,13 @@ const char usage[] =
     "  --max-body BYTES      largest request body (default 8388608)\n"
     "  --max-connections N   open connections at most (default 256)\n"
     "  --idle-timeout S      idle connection timeout in seconds (default 60)\n"
+    "  --max-requests-per-user N  requests of one user served at once; the rest wait\n"
+    "                        their turn (default: half the workers)\n"
+    "  --login-threads N     threads that check passwords, apart from the workers\n"
+    "                        (default 2); after 5 failed logins in a row from one\n"
+    "                        address or for one name, logins from it or for it are\n"
+    "                        answered 503 with Retry-After for 1 s, doubling per\n"
+    "                        further failure up to 30 s, until one succeeds\n"
     "  --shutdown-grace S    on SIGTERM or SIGINT, requests in flight get S seconds to\n"
     "                        finish (default 30); 3 s later the process ends whatever\n"
     "                        still runs, exit status 1. A second signal ends it at once\n"
@@ -137,6 +144,15 @@ int _parse(int argc, char** argv, Options& o)
             if (!needNumber(256))
                 return 2;
             o.http.workerThreads = n == 0 ? 1 : static_cast<unsigned>(n);
+        }
+        else if (arg == "--max-requests-per-user" || arg == "--login-threads")
+        {
+            if (!needNumber(256))
+                return 2;
+            if (arg == "--login-threads")
+                o.http.loginThreads = n == 0 ? 1 : static_cast<unsigned>(n);
+            else
+                o.http.maxRequestsPerUser = static_cast<unsigned>(n);
         }
         else if (arg == "--max-body")
         {

@@ -14,6 +14,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
 #include <thread>
 #include <vector>
 #include <cstdio>
@@ -397,4 +399,113 @@ TEST_F(HttpRobustness, LibraryMessagesAreWholeLinesAndRateLimited)
     EXPECT_GT(lines, 0u);
     // A burst per second, and a note of what was left out.
     EXPECT_LE(lines, static_cast<size_t>(seconds + 2) * 21) << printed;
+}
+
+namespace
+{
+// Holds requests whose body is "block" until opened.
+class GateHandler : public RequestHandler
+{
+public:
+    std::atomic<int> blocked{0};
+    HttpResponse handle(const HttpRequest& request) override
+    {
+        if (request.body == "block")
+        {
+            ++blocked;
+            std::unique_lock<std::mutex> lock(_mutex);
+            _cv.wait_for(lock, std::chrono::seconds(20), [this] { return _open; });
+        }
+        HttpResponse response;
+        response.body = "user=" + request.user;
+        return response;
+    }
+    void open()
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        _open = true;
+        _cv.notify_all();
+    }
+
+private:
+    std::mutex _mutex;
+    std::condition_variable _cv;
+    bool _open = false;
+};
+
+const char bobAuth[] = "Authorization: Basic Ym9iOmIwYg==\r\n"; // bob:b0b
+} // namespace
+
+TEST_F(HttpRobustness, OneUserCannotOccupyEveryWorker)
+{
+    // Two workers: alice's requests that hang take one at most, and bob is
+    // served meanwhile; alice's others wait their turn and are answered.
+    server.reset();
+    users->setPassword("bob", "b0b");
+    users->save();
+    GateHandler gate;
+    HttpServerConfig config;
+    config.httpPort = port;
+    config.httpsPort = 0;
+    config.workerThreads = 2;
+    server = std::make_unique<HttpServer>(config, gate, *users, log);
+    server->start();
+
+    std::vector<int> alice;
+    for (int i = 0; i < 3; ++i)
+    {
+        alice.push_back(connectClient());
+        std::string request = post(goodAuth, "block");
+        ASSERT_EQ(write(alice.back(), request.data(), request.size()),
+                  static_cast<ssize_t>(request.size()));
+    }
+    for (int i = 0; i < 500 && gate.blocked == 0; ++i)
+    {
+        usleep(10000);
+    }
+    usleep(300000); // time enough for a second worker to take one of hers
+    std::string bob = exchange(post(bobAuth, "hello"));
+    EXPECT_NE(bob.find("user=bob"), std::string::npos) << bob;
+    EXPECT_EQ(gate.blocked, 1);
+    gate.open();
+    for (int fd : alice)
+    {
+        EXPECT_NE(readAnswer(fd).find("user=alice"), std::string::npos);
+        close(fd);
+    }
+    server.reset();
+}
+
+TEST_F(HttpRobustness, FailedLoginsBackOffUntilOneSucceeds)
+{
+    server.reset();
+    users->setPassword("bob", "b0b");
+    users->save();
+    HttpServerConfig config;
+    config.httpPort = port;
+    config.httpsPort = 0;
+    config.loginFreeFailures = 1;
+    config.loginBackoffBaseMs = 1000;
+    server = std::make_unique<HttpServer>(config, handler, *users, log);
+    server->start();
+
+    auto retryAfter = [](const std::string& answer) {
+        size_t at = answer.find("Retry-After: ");
+        return at == std::string::npos ? std::string() : answer.substr(at + 13, answer.find('\r', at) - at - 13);
+    };
+    EXPECT_EQ(_status(exchange(post(wrongAuth, "x"))), " 401 ");
+    // Refused without a password check, for the address and the name alike.
+    std::string right = exchange(post(goodAuth, "x"));
+    EXPECT_EQ(_status(right), " 503 ") << right;
+    EXPECT_EQ(retryAfter(right), "1") << right;
+    EXPECT_EQ(_status(exchange(post(bobAuth, "x"))), " 503 ");
+    EXPECT_EQ(handler.calls, 0);
+
+    usleep(1100000);
+    EXPECT_EQ(_status(exchange(post(goodAuth, "x"))), " 200 ");
+    // The success started the count afresh: one failure, the first delay.
+    EXPECT_EQ(_status(exchange(post(wrongAuth, "x"))), " 401 ");
+    EXPECT_EQ(retryAfter(exchange(post(goodAuth, "x"))), "1");
+    EXPECT_EQ(handler.calls, 1);
+    server.reset();
 }

@@ -4,6 +4,7 @@
 #include <malloc.h>
 #include <microhttpd.h>
 #include <netinet/in.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -25,6 +26,7 @@ const char defaultTlsPriorities[] =
 namespace
 {
 const unsigned pollingThreads = 2;
+const unsigned hardLimitMargin = 8;
 
 std::string _peerAddress(MHD_Connection* conn)
 {
@@ -384,6 +386,23 @@ void _freeStream(void* cls)
     delete handle;
 }
 
+struct HttpServer::ConnectionWatch
+{
+    enum Phase
+    {
+        HEAD, ///< the first request's head is on its way
+        BODY, ///< a request's body is on its way
+        BUSY, ///< parked, served or answered: no deadline of ours
+        IDLE  ///< between requests after a login: the idle timeout governs
+    };
+    int fd = -1;
+    std::string peer;
+    Phase phase = HEAD;
+    std::chrono::steady_clock::time_point since = std::chrono::steady_clock::now();
+    bool cut = false;
+    bool loggedIn = false;
+};
+
 struct HttpServer::RequestState
 {
     HttpServer* server = nullptr;
@@ -397,6 +416,7 @@ struct HttpServer::RequestState
     // so unauthenticated clients cannot make the server hold uploads.
     bool authenticated = false;
     bool submitted = false;
+    bool loginNoted = false;
     // libmicrohttpd repeats the headers-only call after a resume.
     bool sawRepeatedFirstCall = false;
     bool responseReady = false;
@@ -491,6 +511,14 @@ struct HttpServerCallbacks
             {
                 return queue(state, closing(plain(400, collector.fault)));
             }
+            if (server->_overLimit(watchOf(conn)))
+            {
+                HttpResponse response = closing(plain(503, "too many connections"));
+                response.headers.emplace_back("Retry-After", "1");
+                response.summary.cimStatus = "connection-limit";
+                return queue(state, response);
+            }
+            setPhase(server, conn, HttpServer::ConnectionWatch::BODY);
             return _screen(server, state);
         }
         if (state->responseReady)
@@ -500,6 +528,20 @@ struct HttpServerCallbacks
         if (!state->authenticated)
         {
             return MHD_YES; // still parked for the login check
+        }
+        if (!state->loginNoted)
+        {
+            // Logged in: the body may come, and the connection earns the
+            // full idle timeout.
+            state->loginNoted = true;
+            if (HttpServer::ConnectionWatch* watch = watchOf(conn))
+            {
+                std::lock_guard<std::mutex> lock(server->_watchMutex);
+                watch->loggedIn = true;
+                watch->phase = HttpServer::ConnectionWatch::BODY;
+            }
+            MHD_set_connection_option(conn, MHD_CONNECTION_OPTION_TIMEOUT,
+                                      server->_config.idleTimeoutSeconds);
         }
         if (*uploadSize == 0 && state->bodyTooLarge)
         {
@@ -546,6 +588,7 @@ struct HttpServerCallbacks
         if (!state->submitted)
         {
             state->submitted = true;
+            setPhase(server, conn, HttpServer::ConnectionWatch::BUSY);
             MHD_suspend_connection(conn);
             server->_enqueue(state);
             return MHD_YES;
@@ -617,15 +660,83 @@ struct HttpServerCallbacks
             return queue(state, response);
         }
         state->request.user = user;
+        setPhase(server, state->connection, HttpServer::ConnectionWatch::BUSY);
         MHD_suspend_connection(state->connection);
         server->_enqueue(state);
         return MHD_YES;
     }
 
-    static void onCompleted(void* cls, MHD_Connection*, void** conCls, MHD_RequestTerminationCode)
+    static HttpServer::ConnectionWatch* watchOf(MHD_Connection* conn)
+    {
+        const MHD_ConnectionInfo* info =
+            MHD_get_connection_info(conn, MHD_CONNECTION_INFO_SOCKET_CONTEXT);
+        return info == nullptr ? nullptr
+                               : static_cast<HttpServer::ConnectionWatch*>(info->socket_context);
+    }
+
+    static void setPhase(HttpServer* server, MHD_Connection* conn,
+                         HttpServer::ConnectionWatch::Phase phase, bool restart = false)
+    {
+        HttpServer::ConnectionWatch* watch = watchOf(conn);
+        if (watch != nullptr)
+        {
+            std::lock_guard<std::mutex> lock(server->_watchMutex);
+            // A request after an idle spell: its deadline starts now.
+            if (restart || watch->phase == HttpServer::ConnectionWatch::IDLE)
+            {
+                watch->since = std::chrono::steady_clock::now();
+            }
+            watch->phase = phase;
+        }
+    }
+
+    static void onConnection(void* cls, MHD_Connection* conn, void** socketContext,
+                             MHD_ConnectionNotificationCode code)
+    {
+        auto* server = static_cast<HttpServer*>(cls);
+        std::lock_guard<std::mutex> lock(server->_watchMutex);
+        if (code == MHD_CONNECTION_NOTIFY_STARTED)
+        {
+            auto* watch = new HttpServer::ConnectionWatch;
+            const MHD_ConnectionInfo* info =
+                MHD_get_connection_info(conn, MHD_CONNECTION_INFO_CONNECTION_FD);
+            watch->fd = info == nullptr ? -1 : info->connect_fd;
+            watch->peer = _peerAddress(conn);
+            ++server->_connectionsByPeer[watch->peer];
+            server->_watches.push_back(watch);
+            *socketContext = watch;
+            return;
+        }
+        // libmicrohttpd closes the socket only after this: the watcher
+        // never touches a descriptor that may belong to someone else.
+        auto* watch = static_cast<HttpServer::ConnectionWatch*>(*socketContext);
+        if (watch == nullptr)
+        {
+            return;
+        }
+        *socketContext = nullptr;
+        auto& watches = server->_watches;
+        watches.erase(std::remove(watches.begin(), watches.end(), watch), watches.end());
+        auto peer = server->_connectionsByPeer.find(watch->peer);
+        if (peer != server->_connectionsByPeer.end() && --peer->second == 0)
+        {
+            server->_connectionsByPeer.erase(peer);
+        }
+        delete watch;
+    }
+
+    static void onCompleted(void* cls, MHD_Connection* conn, void** conCls,
+                            MHD_RequestTerminationCode)
     {
         auto* server = static_cast<HttpServer*>(cls);
         auto* state = static_cast<HttpServer::RequestState*>(*conCls);
+        if (HttpServer::ConnectionWatch* watch = watchOf(conn))
+        {
+            std::lock_guard<std::mutex> lock(server->_watchMutex);
+            watch->phase = watch->loggedIn ? HttpServer::ConnectionWatch::IDLE
+                                           : HttpServer::ConnectionWatch::HEAD;
+            watch->since = std::chrono::steady_clock::now();
+        }
         if (state != nullptr)
         {
             *conCls = nullptr;
@@ -689,10 +800,15 @@ MHD_Daemon* HttpServer::_startDaemon(unsigned short port, bool secure)
         flags, port, nullptr, nullptr, &HttpServerCallbacks::onRequest, this,
         MHD_OPTION_EXTERNAL_LOGGER, &_mhdLog, const_cast<char*>(secure ? "https" : "http"), MHD_OPTION_SOCK_ADDR, reinterpret_cast<sockaddr*>(&addr), MHD_OPTION_THREAD_POOL_SIZE,
         pollingThreads, MHD_OPTION_NOTIFY_COMPLETED, &HttpServerCallbacks::onCompleted, this,
-        MHD_OPTION_CONNECTION_MEMORY_LIMIT, _config.maxHeaderBytes, MHD_OPTION_CONNECTION_LIMIT,
-        _config.maxConnections, MHD_OPTION_PER_IP_CONNECTION_LIMIT,
-        _config.maxConnectionsPerPeer, MHD_OPTION_CONNECTION_TIMEOUT,
-        _config.idleTimeoutSeconds,
+        MHD_OPTION_NOTIFY_CONNECTION, &HttpServerCallbacks::onConnection, this,
+        MHD_OPTION_CONNECTION_MEMORY_LIMIT, _config.maxHeaderBytes,
+        // Past our own limits a client is answered 503 once its head is in;
+        // libmicrohttpd's, a little higher, refuse at once what comes after.
+        MHD_OPTION_CONNECTION_LIMIT, _config.maxConnections + hardLimitMargin,
+        MHD_OPTION_PER_IP_CONNECTION_LIMIT, _config.maxConnectionsPerPeer + hardLimitMargin,
+        // Until a login, the idle timeout is the head's deadline at most.
+        MHD_OPTION_CONNECTION_TIMEOUT,
+        std::min(_config.idleTimeoutSeconds, _config.headTimeoutSeconds),
         // No SO_REUSEPORT: a second server on a busy port must fail to start
         // rather than have the kernel split the clients between the two.
         secure ? MHD_OPTION_HTTPS_MEM_CERT : MHD_OPTION_END, _config.tls.certPem.c_str(),
@@ -725,6 +841,11 @@ void HttpServer::start()
     {
         _loginWorkers.emplace_back(&HttpServer::_loginLoop, this);
     }
+    {
+        std::lock_guard<std::mutex> lock(_watchMutex);
+        _watching = true;
+    }
+    _watcher = std::thread(&HttpServer::_watchLoop, this);
     try
     {
         if (_config.httpPort != 0)
@@ -793,6 +914,61 @@ void HttpServer::stop(unsigned graceSeconds)
         {
             MHD_stop_daemon(*daemon);
             *daemon = nullptr;
+        }
+    }
+    {
+        std::lock_guard<std::mutex> lock(_watchMutex);
+        _watching = false;
+        _watchCv.notify_all();
+    }
+    if (_watcher.joinable())
+    {
+        _watcher.join();
+    }
+}
+
+bool HttpServer::_overLimit(ConnectionWatch* watch)
+{
+    if (watch == nullptr)
+    {
+        return false;
+    }
+    std::lock_guard<std::mutex> lock(_watchMutex);
+    auto peer = _connectionsByPeer.find(watch->peer);
+    return _watches.size() > _config.maxConnections ||
+           (peer != _connectionsByPeer.end() && peer->second > _config.maxConnectionsPerPeer);
+}
+
+// Cuts connections past their deadlines. libmicrohttpd has no call to close
+// a connection from outside; shutting its socket down makes its own thread
+// see the end and close it.
+void HttpServer::_watchLoop()
+{
+    std::unique_lock<std::mutex> lock(_watchMutex);
+    while (_watching)
+    {
+        _watchCv.wait_for(lock, std::chrono::milliseconds(250));
+        const auto now = std::chrono::steady_clock::now();
+        for (ConnectionWatch* watch : _watches)
+        {
+            const char* reason = nullptr;
+            if (watch->phase == ConnectionWatch::HEAD &&
+                now - watch->since > std::chrono::seconds(_config.headTimeoutSeconds))
+            {
+                reason = "head-timeout";
+            }
+            else if (watch->phase == ConnectionWatch::BODY &&
+                     now - watch->since > std::chrono::seconds(_config.requestTimeoutSeconds))
+            {
+                reason = "request-timeout";
+            }
+            if (reason != nullptr && !watch->cut && watch->fd >= 0)
+            {
+                watch->cut = true;
+                shutdown(watch->fd, SHUT_RDWR);
+                _log.record("-", watch->peer, "-", "-", 408, reason,
+                            _millisSince(watch->since));
+            }
         }
     }
 }

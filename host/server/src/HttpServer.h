@@ -38,8 +38,17 @@ struct HttpServerConfig
     size_t maxBodyBytes = 8 * 1024 * 1024;
     size_t maxHeaderBytes = 32 * 1024;
     unsigned maxConnections = 256;
+    /// Connections from one address; more are answered 503 once their
+    /// request head is in, and a few past that are refused at once.
     unsigned maxConnectionsPerPeer = 64;
+    /// Idle timeout of a connection that has logged in; before that it is
+    /// headTimeoutSeconds at most.
     unsigned idleTimeoutSeconds = 60;
+    /// A connection's first request head must be in within this, and the
+    /// head and body of any request within requestTimeoutSeconds; past either
+    /// the connection is cut (slow-loris, slow uploads).
+    unsigned headTimeoutSeconds = 20;
+    unsigned requestTimeoutSeconds = 120;
     unsigned workerThreads = 8;
     /// Requests of one user served at once; the rest wait their turn, so one
     /// account cannot occupy every worker. 0: half the workers (at least 1).
@@ -85,12 +94,16 @@ public:
     void stop(unsigned graceSeconds = 30);
 
     struct RequestState;
+    struct ConnectionWatch;
 
 private:
     friend struct HttpServerCallbacks;
     MHD_Daemon* _startDaemon(unsigned short port, bool secure);
     void _workerLoop();
     void _loginLoop();
+    void _watchLoop();
+    /// The 503 for a connection past a connection limit, else null.
+    bool _overLimit(ConnectionWatch* watch);
     /// Seconds before a login from this address for this user may be
     /// checked; 0: now.
     unsigned _loginWait(const std::string& peer, const std::string& user);
@@ -126,6 +139,14 @@ private:
     int _liveLogins = 0;
     std::map<std::string, unsigned> _activeByUser;
     unsigned _perUserCap = 1;
+
+    // Every open connection, for the deadlines and the soft limits.
+    std::mutex _watchMutex;
+    std::condition_variable _watchCv;
+    std::vector<ConnectionWatch*> _watches;
+    std::map<std::string, unsigned> _connectionsByPeer;
+    std::thread _watcher;
+    bool _watching = false;
 
     struct LoginFailures
     {

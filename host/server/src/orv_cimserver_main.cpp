@@ -51,7 +51,13 @@ const char usage[] =
     "  --workers N           worker threads (default 8)\n"
     "  --max-body BYTES      largest request body (default 8388608)\n"
     "  --max-connections N   open connections at most (default 256)\n"
-    "  --idle-timeout S      idle connection timeout in seconds (default 60)\n"
+    "  --idle-timeout S      idle connection timeout in seconds after a login (default 60)\n"
+    "  --head-timeout S      a connection's first request head must be in within S seconds,\n"
+    "                        and it may idle that long at most before it logs in (default 20)\n"
+    "  --request-timeout S   head and body of one request within S seconds (default 120)\n"
+    "  --max-connections-per-address N  connections from one address (default 64);\n"
+    "                        past this or --max-connections a client is answered 503 with\n"
+    "                        Retry-After, and 8 past either it is refused at once\n"
     "  --max-requests-per-user N  requests of one user served at once; the rest wait\n"
     "                        their turn (default: half the workers)\n"
     "  --login-threads N     threads that check passwords, apart from the workers\n"
@@ -159,6 +165,20 @@ int _parse(int argc, char** argv, Options& o)
             if (!needNumber(1UL << 30))
                 return 2;
             o.http.maxBodyBytes = n;
+        }
+        else if (arg == "--head-timeout" || arg == "--request-timeout")
+        {
+            if (!needNumber(86400))
+                return 2;
+            (arg == "--head-timeout" ? o.http.headTimeoutSeconds
+                                     : o.http.requestTimeoutSeconds) =
+                n == 0 ? 1 : static_cast<unsigned>(n);
+        }
+        else if (arg == "--max-connections-per-address")
+        {
+            if (!needNumber(65535))
+                return 2;
+            o.http.maxConnectionsPerPeer = n == 0 ? 1 : static_cast<unsigned>(n);
         }
         else if (arg == "--idle-timeout")
         {

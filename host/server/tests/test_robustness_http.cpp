@@ -509,3 +509,75 @@ TEST_F(HttpRobustness, FailedLoginsBackOffUntilOneSucceeds)
     EXPECT_EQ(handler.calls, 1);
     server.reset();
 }
+
+TEST_F(HttpRobustness, SlowClientsAreCutAndCrowdsAnswered503)
+{
+    server.reset();
+    HttpServerConfig config;
+    config.httpPort = port;
+    config.httpsPort = 0;
+    config.headTimeoutSeconds = 2;
+    config.requestTimeoutSeconds = 3;
+    config.maxConnectionsPerPeer = 3;
+    server = std::make_unique<HttpServer>(config, handler, *users, log);
+    server->start();
+
+    // Trickles one byte every 300 ms, well inside any idle timeout; true
+    // when the server ends the connection within `seconds`.
+    auto cutWithin = [](int fd, double seconds, const std::string& trickle) {
+        for (int i = 0; i < seconds / 0.3; ++i)
+        {
+            pollfd p{fd, POLLIN, 0};
+            if (poll(&p, 1, 300) == 1)
+            {
+                char buf[512];
+                if (read(fd, buf, sizeof(buf)) <= 0)
+                {
+                    return true;
+                }
+            }
+            if (send(fd, trickle.data() + i % trickle.size(), 1, MSG_NOSIGNAL) != 1)
+            {
+                return true;
+            }
+        }
+        return false;
+    };
+    struct Case
+    {
+        const char* what;
+        std::string head; ///< sent at once
+        std::string trickle;
+    } cases[] = {
+        {"slow head", "POST /cimom HTTP/1.1\r\nHost: x\r\n", "X-Slow: aaaa\r\n"},
+        {"slow upload",
+         "POST /cimom HTTP/1.1\r\nHost: x\r\n" + std::string(goodAuth) +
+             "Content-Length: 60000\r\n\r\n",
+         "b"},
+    };
+    for (const Case& c : cases)
+    {
+        int fd = connectClient();
+        ASSERT_EQ(write(fd, c.head.data(), c.head.size()), static_cast<ssize_t>(c.head.size()));
+        EXPECT_TRUE(cutWithin(fd, 8, c.trickle)) << c.what << ": still open after 8 s";
+        close(fd);
+    }
+    EXPECT_EQ(handler.calls, 0);
+
+    // Past the per-address limit a client is told to come back, not reset.
+    std::vector<int> idle;
+    for (int i = 0; i < 3; ++i)
+    {
+        idle.push_back(connectClient());
+    }
+    usleep(100000);
+    std::string crowded = exchange(post(goodAuth, "x"));
+    EXPECT_EQ(_status(crowded), " 503 ") << crowded;
+    EXPECT_NE(crowded.find("Retry-After: "), std::string::npos) << crowded;
+    for (int fd : idle)
+    {
+        close(fd);
+    }
+    usleep(200000);
+    EXPECT_EQ(_status(exchange(post(goodAuth, "x"))), " 200 ");
+}

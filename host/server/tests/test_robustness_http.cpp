@@ -485,7 +485,7 @@ TEST_F(HttpRobustness, FailedLoginsBackOffUntilOneSucceeds)
     config.httpPort = port;
     config.httpsPort = 0;
     config.loginFreeFailures = 1;
-    config.loginBackoffBaseMs = 1000;
+    config.loginBackoffBaseMs = 2000;
     server = std::make_unique<HttpServer>(config, handler, *users, log);
     server->start();
 
@@ -497,15 +497,15 @@ TEST_F(HttpRobustness, FailedLoginsBackOffUntilOneSucceeds)
     // Refused without a password check, for the address and the name alike.
     std::string right = exchange(post(goodAuth, "x"));
     EXPECT_EQ(_status(right), " 503 ") << right;
-    EXPECT_EQ(retryAfter(right), "1") << right;
+    EXPECT_EQ(retryAfter(right), "2") << right;
     EXPECT_EQ(_status(exchange(post(bobAuth, "x"))), " 503 ");
     EXPECT_EQ(handler.calls, 0);
 
-    usleep(1100000);
+    usleep(2100000);
     EXPECT_EQ(_status(exchange(post(goodAuth, "x"))), " 200 ");
     // The success started the count afresh: one failure, the first delay.
     EXPECT_EQ(_status(exchange(post(wrongAuth, "x"))), " 401 ");
-    EXPECT_EQ(retryAfter(exchange(post(goodAuth, "x"))), "1");
+    EXPECT_EQ(retryAfter(exchange(post(goodAuth, "x"))), "2");
     EXPECT_EQ(handler.calls, 1);
     server.reset();
 }

@@ -645,8 +645,7 @@ void _prescan(const std::string& body)
     const char* p = body.data();
     const char* const end = p + body.size();
     size_t elements = 0;
-    while ((p = static_cast<const char*>(memchr(p, '<', static_cast<size_t>(end - p)))) !=
-           nullptr)
+    while ((p = static_cast<const char*>(memchr(p, '<', static_cast<size_t>(end - p)))) != nullptr)
     {
         ++p;
         const char* terminator = nullptr;

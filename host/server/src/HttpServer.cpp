@@ -124,8 +124,8 @@ bool _base64Decode(const std::string& in, std::string& out)
                 ++pad;
             }
         }
-        const unsigned v = (unsigned(d[0]) << 18) | (unsigned(d[1]) << 12) |
-                           (unsigned(d[2]) << 6) | unsigned(d[3]);
+        const unsigned v = (unsigned(d[0]) << 18) | (unsigned(d[1]) << 12) | (unsigned(d[2]) << 6) |
+                           unsigned(d[3]);
         out += static_cast<char>(v >> 16);
         if (pad < 2)
             out += static_cast<char>((v >> 8) & 0xff);
@@ -203,8 +203,8 @@ public:
         {
             line.pop_back();
         }
-        std::replace_if(line.begin(), line.end(),
-                        [](char c) { return c == '\n' || c == '\r'; }, ' ');
+        std::replace_if(
+            line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
         std::lock_guard<std::mutex> lock(_mutex);
         const auto now = std::chrono::steady_clock::now();
         if (now - _windowStart >= std::chrono::seconds(1))
@@ -644,8 +644,8 @@ struct HttpServerCallbacks
             {
                 state->password.assign(state->password.size(), '\0');
                 request.user = user;
-                HttpResponse response = plain(503, wait != 0 ? "too many failed logins"
-                                                             : "too many logins at once");
+                HttpResponse response =
+                    plain(503, wait != 0 ? "too many failed logins" : "too many logins at once");
                 response.headers.emplace_back("Retry-After", std::to_string(wait ? wait : 1));
                 response.summary.cimStatus = wait != 0 ? "login-backoff" : "login-queue-full";
                 return queue(state, response);
@@ -798,7 +798,8 @@ MHD_Daemon* HttpServer::_startDaemon(unsigned short port, bool secure)
     }
     MHD_Daemon* daemon = MHD_start_daemon(
         flags, port, nullptr, nullptr, &HttpServerCallbacks::onRequest, this,
-        MHD_OPTION_EXTERNAL_LOGGER, &_mhdLog, const_cast<char*>(secure ? "https" : "http"), MHD_OPTION_SOCK_ADDR, reinterpret_cast<sockaddr*>(&addr), MHD_OPTION_THREAD_POOL_SIZE,
+        MHD_OPTION_EXTERNAL_LOGGER, &_mhdLog, const_cast<char*>(secure ? "https" : "http"),
+        MHD_OPTION_SOCK_ADDR, reinterpret_cast<sockaddr*>(&addr), MHD_OPTION_THREAD_POOL_SIZE,
         pollingThreads, MHD_OPTION_NOTIFY_COMPLETED, &HttpServerCallbacks::onCompleted, this,
         MHD_OPTION_NOTIFY_CONNECTION, &HttpServerCallbacks::onConnection, this,
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, _config.maxHeaderBytes,
@@ -881,9 +882,8 @@ void HttpServer::stop(unsigned graceSeconds)
         // Requests already parked or running finish; idle keep-alive
         // connections are simply closed by the daemon stop below.
         std::unique_lock<std::mutex> lock(_queueMutex);
-        _idleCv.wait_for(lock, std::chrono::seconds(graceSeconds), [this] {
-            return _queue.empty() && _logins.empty() && _processing == 0;
-        });
+        _idleCv.wait_for(lock, std::chrono::seconds(graceSeconds),
+                         [this] { return _queue.empty() && _logins.empty() && _processing == 0; });
         _stopping = true;
     }
     // Workers drain everything parked before they leave: stopping a daemon
@@ -966,8 +966,7 @@ void HttpServer::_watchLoop()
             {
                 watch->cut = true;
                 shutdown(watch->fd, SHUT_RDWR);
-                _log.record("-", watch->peer, "-", "-", 408, reason,
-                            _millisSince(watch->since));
+                _log.record("-", watch->peer, "-", "-", 408, reason, _millisSince(watch->since));
             }
         }
     }
@@ -1120,17 +1119,20 @@ void HttpServer::_workerLoop()
             // The oldest request whose user is under the cap; when stopping,
             // the oldest of all.
             auto next = _queue.end();
-            _queueCv.wait(lock, [&] {
-                for (next = _queue.begin(); next != _queue.end(); ++next)
-                {
-                    auto active = _activeByUser.find((*next)->request.user);
-                    if (_stopping || active == _activeByUser.end() || active->second < _perUserCap)
-                    {
-                        return true;
-                    }
-                }
-                return _stopping;
-            });
+            _queueCv.wait(lock,
+                          [&]
+                          {
+                              for (next = _queue.begin(); next != _queue.end(); ++next)
+                              {
+                                  auto active = _activeByUser.find((*next)->request.user);
+                                  if (_stopping || active == _activeByUser.end() ||
+                                      active->second < _perUserCap)
+                                  {
+                                      return true;
+                                  }
+                              }
+                              return _stopping;
+                          });
             if (next == _queue.end())
             {
                 --_liveWorkers;

@@ -170,8 +170,7 @@ int _parse(int argc, char** argv, Options& o)
         {
             if (!needNumber(86400))
                 return 2;
-            (arg == "--head-timeout" ? o.http.headTimeoutSeconds
-                                     : o.http.requestTimeoutSeconds) =
+            (arg == "--head-timeout" ? o.http.headTimeoutSeconds : o.http.requestTimeoutSeconds) =
                 n == 0 ? 1 : static_cast<unsigned>(n);
         }
         else if (arg == "--max-connections-per-address")
@@ -234,7 +233,8 @@ int _parse(int argc, char** argv, Options& o)
     const char* at = nullptr;
     if (gnutls_priority_init(&priorities, o.http.tlsPriorities.c_str(), &at) < 0)
     {
-        fprintf(stderr, "orv-cimserver: --tls-priorities: not a GnuTLS priority string (at \"%s\")\n",
+        fprintf(stderr,
+                "orv-cimserver: --tls-priorities: not a GnuTLS priority string (at \"%s\")\n",
                 at == nullptr ? "" : at);
         return 2;
     }
@@ -374,14 +374,16 @@ int main(int argc, char** argv)
         // A request may run (or a client may stall its answer) for longer
         // than anyone waits for a stop: past the grace period, and a little
         // for the answers finished within it to go out, the process ends.
-        std::thread deadline([stopSignals, grace = o.shutdownGrace] {
-            timespec wait{static_cast<time_t>(grace) + forcedStopMargin, 0};
-            siginfo_t info;
-            int again = sigtimedwait(&stopSignals, &info, &wait);
-            fprintf(stderr, "orv-cimserver: %s; stopping without the requests still running\n",
-                    again > 0 ? "signalled again" : "the shutdown grace period is over");
-            _exit(1);
-        });
+        std::thread deadline(
+            [stopSignals, grace = o.shutdownGrace]
+            {
+                timespec wait{static_cast<time_t>(grace) + forcedStopMargin, 0};
+                siginfo_t info;
+                int again = sigtimedwait(&stopSignals, &info, &wait);
+                fprintf(stderr, "orv-cimserver: %s; stopping without the requests still running\n",
+                        again > 0 ? "signalled again" : "the shutdown grace period is over");
+                _exit(1);
+            });
         deadline.detach();
         server.stop(o.shutdownGrace);
         om.shutdown();

@@ -322,8 +322,8 @@ TEST(CimXmlReader, EveryRequestIsBoundedByTheNamedLimits)
         Outcome outcome;
         std::string limit; ///< the figure the answer must name
     } cases[] = {
-        {"references at the depth limit", _getInstance(_nestedName(L::maxReferenceDepth)),
-         DECODED, ""},
+        {"references at the depth limit", _getInstance(_nestedName(L::maxReferenceDepth)), DECODED,
+         ""},
         {"references one level too deep", _getInstance(_nestedName(L::maxReferenceDepth + 1)),
          CIM_FAULT, std::to_string(L::maxReferenceDepth)},
         {"references twenty levels deep", _getInstance(_nestedName(20, "\"\\")), CIM_FAULT,
@@ -333,8 +333,8 @@ TEST(CimXmlReader, EveryRequestIsBoundedByTheNamedLimits)
                      "</LOCALINSTANCEPATH>",
                  ""),
          CIM_FAULT, std::to_string(L::maxReferenceDepth)},
-        {"key value at the limit", _getInstance(_nestedName(0, std::string(L::maxKeyValueBytes, 'k'))),
-         DECODED, ""},
+        {"key value at the limit",
+         _getInstance(_nestedName(0, std::string(L::maxKeyValueBytes, 'k'))), DECODED, ""},
         {"key value over the limit",
          _getInstance(_nestedName(0, std::string(L::maxKeyValueBytes + 1, 'k'))), CIM_FAULT,
          std::to_string(L::maxKeyValueBytes)},
@@ -344,15 +344,14 @@ TEST(CimXmlReader, EveryRequestIsBoundedByTheNamedLimits)
          _getInstance(_nestedName(2, std::string(L::maxKeyValueBytes / 3, '"'))), CIM_FAULT,
          std::to_string(L::maxKeyValueBytes)},
         {"attributes at the limit",
-         _imethod("X", "<IPARAMVALUE NAME=\"A\"" + _attributes(L::maxAttributesPerElement - 1) +
-                           "/>"),
+         _imethod("X",
+                  "<IPARAMVALUE NAME=\"A\"" + _attributes(L::maxAttributesPerElement - 1) + "/>"),
          DECODED, ""},
         {"attributes over the limit",
          _imethod("X", "<IPARAMVALUE NAME=\"A\"" + _attributes(L::maxAttributesPerElement) + "/>"),
          REFUSED, std::to_string(L::maxAttributesPerElement)},
-        {"20000 attributes",
-         _imethod("X", "<IPARAMVALUE NAME=\"A\"" + _attributes(20000) + "/>"), REFUSED,
-         std::to_string(L::maxAttributesPerElement)},
+        {"20000 attributes", _imethod("X", "<IPARAMVALUE NAME=\"A\"" + _attributes(20000) + "/>"),
+         REFUSED, std::to_string(L::maxAttributesPerElement)},
         {"'=' and '>' inside attribute values do not count",
          _imethod("X", "<IPARAMVALUE NAME=\"A\"><VALUE>" + std::string(200, '=') +
                            "</VALUE></IPARAMVALUE><IPARAMVALUE NAME='" +

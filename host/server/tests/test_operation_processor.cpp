@@ -628,7 +628,8 @@ TEST_F(ProcessorTest, HeadersMustStateExactlyWhatTheBodyHolds)
                                "</LOCALINSTANCEPATH>";
     const std::string types = "<PARAMVALUE NAME=\"ElementTypes\"><VALUE.ARRAY><VALUE>2</VALUE>"
                               "</VALUE.ARRAY></PARAMVALUE>";
-    auto call = [&](const std::string& params) {
+    auto call = [&](const std::string& params)
+    {
         return _request("GetStatisticsCollection",
                         "<METHODCALL NAME=\"GetStatisticsCollection\">" + target + params +
                             "</METHODCALL>",
@@ -644,8 +645,8 @@ TEST_F(ProcessorTest, HeadersMustStateExactlyWhatTheBodyHolds)
         {"as sent by clients", [](HttpRequest&) {}, 200, ""},
         {"text/xml", [](HttpRequest& r) { r.headers["Content-Type"] = "text/xml"; }, 200, ""},
         {"media type in capitals and a blank before the parameters",
-         [](HttpRequest& r) { r.headers["Content-Type"] = "Application/XML ; charset=utf-8"; },
-         200, ""},
+         [](HttpRequest& r) { r.headers["Content-Type"] = "Application/XML ; charset=utf-8"; }, 200,
+         ""},
         {"another media type starting alike",
          [](HttpRequest& r) { r.headers["Content-Type"] = "application/xmlfoo"; }, 400,
          "request-not-valid"},
@@ -653,18 +654,18 @@ TEST_F(ProcessorTest, HeadersMustStateExactlyWhatTheBodyHolds)
          "request-not-valid"},
         {"no Content-Type", [](HttpRequest& r) { r.headers.erase("Content-Type"); }, 400,
          "request-not-valid"},
-        {"protocol version 1.1",
-         [](HttpRequest& r) { r.headers["CIMProtocolVersion"] = "1.1"; }, 200, ""},
+        {"protocol version 1.1", [](HttpRequest& r) { r.headers["CIMProtocolVersion"] = "1.1"; },
+         200, ""},
         {"protocol version 1.zzz",
          [](HttpRequest& r) { r.headers["CIMProtocolVersion"] = "1.zzz"; }, 501,
          "unsupported-protocol-version"},
-        {"protocol version 1.", [](HttpRequest& r) { r.headers["CIMProtocolVersion"] = "1."; },
-         501, "unsupported-protocol-version"},
+        {"protocol version 1.", [](HttpRequest& r) { r.headers["CIMProtocolVersion"] = "1."; }, 501,
+         "unsupported-protocol-version"},
         {"CIMObject names the target in another form",
          [](HttpRequest& r) { r.headers["CIMObject"] = "root/orv:t_svc.name=\"s\""; }, 200, ""},
         {"CIMObject names another key value",
-         [](HttpRequest& r) { r.headers["CIMObject"] = "root%2Forv%3AT_Svc.Name%3D%22t%22"; },
-         400, "header-mismatch"},
+         [](HttpRequest& r) { r.headers["CIMObject"] = "root%2Forv%3AT_Svc.Name%3D%22t%22"; }, 400,
+         "header-mismatch"},
         {"CIMObject names another class",
          [](HttpRequest& r) { r.headers["CIMObject"] = "root%2Forv%3AT_Other.Name%3D%22s%22"; },
          400, "header-mismatch"},

@@ -15,12 +15,12 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <mutex>
-#include <thread>
-#include <vector>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 #include <string>
+#include <thread>
+#include <vector>
 
 using namespace orvhost;
 
@@ -319,7 +319,8 @@ TEST_F(HttpRobustness, AmbiguousFramingAndMalformedHeadersAreRefused)
         {"repeated equal Content-Length",
          start + auth + "Content-Length: 5\r\nContent-Length: 5\r\n\r\nhello", " 200 "},
         {"Content-Length with chunked",
-         start + auth + "Content-Length: 5\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nhello\r\n0\r\n\r\n",
+         start + auth +
+             "Content-Length: 5\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nhello\r\n0\r\n\r\n",
          " 400 "},
         {"unknown transfer coding",
          start + auth + "Transfer-Encoding: gzip, chunked\r\n\r\n5\r\nhello\r\n0\r\n\r\n", " 501 "},
@@ -385,15 +386,16 @@ TEST_F(HttpRobustness, LibraryMessagesAreWholeLinesAndRateLimited)
                  "Content-Length: 12x\r\n\r\n");
     }
     std::string printed = testing::internal::GetCapturedStderr();
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(
-                             std::chrono::steady_clock::now() - started)
-                             .count();
+    const auto seconds =
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - started)
+            .count();
     size_t lines = 0;
     size_t start = 0;
     for (size_t end; (end = printed.find('\n', start)) != std::string::npos; start = end + 1)
     {
         ++lines;
-        EXPECT_EQ(printed.compare(start, 15, "orv-cimserver: "), 0) << printed.substr(start, end - start);
+        EXPECT_EQ(printed.compare(start, 15, "orv-cimserver: "), 0)
+            << printed.substr(start, end - start);
     }
     EXPECT_EQ(start, printed.size()) << "a line without its end";
     EXPECT_GT(lines, 0u);
@@ -489,9 +491,11 @@ TEST_F(HttpRobustness, FailedLoginsBackOffUntilOneSucceeds)
     server = std::make_unique<HttpServer>(config, handler, *users, log);
     server->start();
 
-    auto retryAfter = [](const std::string& answer) {
+    auto retryAfter = [](const std::string& answer)
+    {
         size_t at = answer.find("Retry-After: ");
-        return at == std::string::npos ? std::string() : answer.substr(at + 13, answer.find('\r', at) - at - 13);
+        return at == std::string::npos ? std::string()
+                                       : answer.substr(at + 13, answer.find('\r', at) - at - 13);
     };
     EXPECT_EQ(_status(exchange(post(wrongAuth, "x"))), " 401 ");
     // Refused without a password check, for the address and the name alike.
@@ -524,7 +528,8 @@ TEST_F(HttpRobustness, SlowClientsAreCutAndCrowdsAnswered503)
 
     // Trickles one byte every 300 ms, well inside any idle timeout; true
     // when the server ends the connection within `seconds`.
-    auto cutWithin = [](int fd, double seconds, const std::string& trickle) {
+    auto cutWithin = [](int fd, double seconds, const std::string& trickle)
+    {
         for (int i = 0; i < seconds / 0.3; ++i)
         {
             pollfd p{fd, POLLIN, 0};

@@ -270,12 +270,23 @@ class ResponseOutput
 public:
     static const size_t streamAfter = 256 * 1024;
 
-    ResponseOutput(const HttpRequest& http, const HttpResponse& head) : _http(http), _head(head)
+    ResponseOutput(const HttpRequest& http, const HttpResponse& head, size_t limit)
+        : _http(http), _head(head), _limit(limit)
     {
     }
 
     void append(std::string text)
     {
+        // Checked as the answer grows, and again on every later piece in
+        // case a caller passes the failure by; the error path truncates.
+        _total += text.size();
+        if (_total > _limit)
+        {
+            throw CIMException(CIM_ERR_FAILED,
+                               String(("the answer is larger than " + std::to_string(_limit) +
+                                       " bytes, the limit (--max-answer)")
+                                          .c_str()));
+        }
         if (_stream)
         {
             _stream->write(std::move(text));
@@ -304,6 +315,7 @@ public:
     void truncate(size_t size)
     {
         _buffer.resize(size);
+        _limit = static_cast<size_t>(-1); // for the error that replaces the answer
     }
     std::string take()
     {
@@ -321,6 +333,8 @@ public:
 private:
     const HttpRequest& _http;
     const HttpResponse& _head;
+    size_t _limit;
+    size_t _total = 0;
     std::string _buffer;
     std::shared_ptr<StreamingBody> _stream;
 };
@@ -526,7 +540,7 @@ HttpResponse CimOperationProcessor::handle(const HttpRequest& http)
     }
     response.headers.emplace_back(prefix + "CIMOperation", "MethodResponse");
 
-    ResponseOutput output(http, response);
+    ResponseOutput output(http, response, _maxAnswerBytes);
     const char* element = request.intrinsic ? "IMETHODRESPONSE" : "METHODRESPONSE";
     output.append(cimxml::messageStart(request.messageId) + "<" + element + " NAME=\"" +
                   cimxml::escape(request.methodName) + "\">");

@@ -18,6 +18,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -50,6 +51,8 @@ const char usage[] =
     "  --access-log FILE     access log (default '-' = standard error)\n"
     "  --workers N           worker threads (default 8)\n"
     "  --max-body BYTES      largest request body (default 8388608)\n"
+    "  --max-answer BYTES    largest answer body (default 1073741824); past it the\n"
+    "                        answer is a CIM error, or a cut stream once part was sent\n"
     "  --max-connections N   open connections at most (default 256)\n"
     "  --idle-timeout S      idle connection timeout in seconds after a login (default 60)\n"
     "  --head-timeout S      a connection's first request head must be in within S seconds,\n"
@@ -85,6 +88,7 @@ struct Options
     std::string providerDir;
     std::string accessLog = "-";
     int logLevel = -1;
+    size_t maxAnswer = CimOperationProcessor::defaultMaxAnswerBytes;
     unsigned shutdownGrace = 30;
 };
 
@@ -159,6 +163,12 @@ int _parse(int argc, char** argv, Options& o)
                 o.http.loginThreads = n == 0 ? 1 : static_cast<unsigned>(n);
             else
                 o.http.maxRequestsPerUser = static_cast<unsigned>(n);
+        }
+        else if (arg == "--max-answer")
+        {
+            if (!needNumber(ULONG_MAX - 1))
+                return 2;
+            o.maxAnswer = n;
         }
         else if (arg == "--max-body")
         {
@@ -350,6 +360,7 @@ int main(int argc, char** argv)
         initXmlLibrary();
         AccessLog log(o.accessLog);
         CimOperationProcessor processor(om, om.getHostName());
+        processor.setMaxAnswerBytes(o.maxAnswer);
         HttpServer server(o.http, processor, users, log);
         server.start();
 

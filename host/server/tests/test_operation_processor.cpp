@@ -695,3 +695,50 @@ TEST_F(ProcessorTest, HeadersMustStateExactlyWhatTheBodyHolds)
     EXPECT_NE(twice.body.find("ERROR CODE=\"4\""), std::string::npos) << twice.body;
     EXPECT_EQ(dispatcher.call, "");
 }
+
+TEST_F(ProcessorTest, AnswersPastTheLimitAreCimErrorsOrFailedStreams)
+{
+    const size_t streamAfter = 256 * 1024; // where the processor starts streaming
+    const std::string cls = "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>";
+    dispatcher.copies = 20000;
+    const size_t whole = processor.handle(_intrinsic("EnumerateInstances", cls)).body.size();
+    ASSERT_GT(whole, 3 * streamAfter);
+
+    struct Case
+    {
+        const char* what;
+        size_t limit;
+        bool streamed; ///< the limit is met after the answer started going out
+    } cases[] = {
+        {"before anything was sent", streamAfter / 2, false},
+        {"while it streams", 2 * streamAfter, true},
+    };
+    for (const Case& c : cases)
+    {
+        processor.setMaxAnswerBytes(c.limit);
+        auto captured = std::make_shared<CapturedStream>();
+        HttpRequest r = _intrinsic("EnumerateInstances", cls);
+        r.startStreaming = [captured](const HttpResponse&) {
+            return std::shared_ptr<StreamingBody>(captured);
+        };
+        HttpResponse response = processor.handle(r);
+        EXPECT_EQ(response.streamed, c.streamed) << c.what;
+        if (c.streamed)
+        {
+            EXPECT_FALSE(captured->finished) << c.what;
+            EXPECT_EQ(captured->failedCode, "1") << c.what;
+            EXPECT_LE(captured->body.size(), c.limit) << c.what;
+        }
+        else
+        {
+            EXPECT_EQ(response.status, 200) << c.what;
+            EXPECT_NE(response.body.find("<ERROR CODE=\"1\""), std::string::npos) << c.what;
+            EXPECT_NE(response.body.find(std::to_string(c.limit)), std::string::npos) << c.what;
+            EXPECT_EQ(response.body.find("VALUE.NAMEDINSTANCE"), std::string::npos) << c.what;
+            _expectStrictXml(response.body);
+        }
+    }
+    // At the limit exactly, the answer is whole.
+    processor.setMaxAnswerBytes(whole);
+    EXPECT_EQ(processor.handle(_intrinsic("EnumerateInstances", cls)).body.size(), whole);
+}

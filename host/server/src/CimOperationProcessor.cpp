@@ -270,12 +270,23 @@ class ResponseOutput
 public:
     static const size_t streamAfter = 256 * 1024;
 
-    ResponseOutput(const HttpRequest& http, const HttpResponse& head) : _http(http), _head(head)
+    ResponseOutput(const HttpRequest& http, const HttpResponse& head, size_t limit)
+        : _http(http), _head(head), _limit(limit)
     {
     }
 
     void append(std::string text)
     {
+        // Checked as the answer grows, and again on every later piece in
+        // case a caller passes the failure by; the error path truncates.
+        _total += text.size();
+        if (_total > _limit)
+        {
+            throw CIMException(CIM_ERR_FAILED,
+                               String(("the answer is larger than " + std::to_string(_limit) +
+                                       " bytes, the limit (--max-answer)")
+                                          .c_str()));
+        }
         if (_stream)
         {
             _stream->write(std::move(text));
@@ -304,6 +315,7 @@ public:
     void truncate(size_t size)
     {
         _buffer.resize(size);
+        _limit = static_cast<size_t>(-1); // for the error that replaces the answer
     }
     std::string take()
     {
@@ -321,6 +333,8 @@ public:
 private:
     const HttpRequest& _http;
     const HttpResponse& _head;
+    size_t _limit;
+    size_t _total = 0;
     std::string _buffer;
     std::shared_ptr<StreamingBody> _stream;
 };
@@ -338,6 +352,36 @@ std::string _description(CIMStatusCode code, const std::string& text)
     std::string out = cimxml::str(cimStatusCodeToString(code));
     out = out.substr(0, out.find(':'));
     return text.empty() ? out : out + ": " + text;
+}
+
+// "1." and a minor version in digits.
+bool _isProtocolVersion1(const std::string& value)
+{
+    if (value.size() < 3 || value.compare(0, 2, "1.") != 0)
+    {
+        return false;
+    }
+    return std::all_of(value.begin() + 2, value.end(),
+                       [](char c) { return isdigit(static_cast<unsigned char>(c)) != 0; });
+}
+
+// Whether a method call's CIMObject header names the object the body calls;
+// the namespaces are compared on their own, before.
+bool _namesTarget(const std::string& header, const CIMObjectPath& target)
+{
+    try
+    {
+        CIMObjectPath named{String(header.c_str())};
+        CIMObjectPath body = target;
+        named.setHost(String());
+        body.setHost(String());
+        named.setNameSpace(body.getNameSpace());
+        return named.identical(body);
+    }
+    catch (const Exception&)
+    {
+        return false;
+    }
 }
 
 HttpResponse _protocolError(int status, const std::string& cimError, const std::string& detail)
@@ -416,16 +460,20 @@ HttpResponse CimOperationProcessor::handle(const HttpRequest& http)
         return _protocolError(400, "unsupported-operation",
                               "the CIMOperation header must be MethodCall");
     }
-    if (header("CIMProtocolVersion", value) && value.compare(0, 2, "1.") != 0)
+    if (header("CIMProtocolVersion", value) && !_isProtocolVersion1(value))
     {
         return _protocolError(501, "unsupported-protocol-version",
                               "CIMProtocolVersion " + value + " is not supported");
     }
     auto contentType = http.headers.find("Content-Type");
-    if (contentType != http.headers.end())
+    if (contentType == http.headers.end())
+    {
+        return _protocolError(400, "request-not-valid", "the Content-Type header is missing");
+    }
     {
         std::string type = _lower(contentType->second);
-        if (type.compare(0, 15, "application/xml") != 0 && type.compare(0, 8, "text/xml") != 0)
+        const std::string media = _trim(type.substr(0, type.find(';')));
+        if (media != "application/xml" && media != "text/xml")
         {
             return _protocolError(400, "request-not-valid",
                                   "Content-Type must be application/xml or text/xml");
@@ -474,6 +522,12 @@ HttpResponse CimOperationProcessor::handle(const HttpRequest& http)
         return _protocolError(400, "header-mismatch",
                               "the CIMObject header does not match the namespace in the body");
     }
+    if (!request.intrinsic && request.errorCode == CIM_ERR_SUCCESS &&
+        !_namesTarget(object, request.objectPath))
+    {
+        return _protocolError(400, "header-mismatch",
+                              "the CIMObject header does not name the object in the body");
+    }
 
     HttpResponse response;
     response.summary.operation = request.methodName;
@@ -486,7 +540,7 @@ HttpResponse CimOperationProcessor::handle(const HttpRequest& http)
     }
     response.headers.emplace_back(prefix + "CIMOperation", "MethodResponse");
 
-    ResponseOutput output(http, response);
+    ResponseOutput output(http, response, _maxAnswerBytes);
     const char* element = request.intrinsic ? "IMETHODRESPONSE" : "METHODRESPONSE";
     output.append(cimxml::messageStart(request.messageId) + "<" + element + " NAME=\"" +
                   cimxml::escape(request.methodName) + "\">");

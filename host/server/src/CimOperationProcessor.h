@@ -25,6 +25,14 @@ public:
 
     HttpResponse handle(const HttpRequest& request) override;
 
+    /// The largest answer body; past it the answer is a CIM error, or a
+    /// failed stream once part of it was sent.
+    void setMaxAnswerBytes(size_t bytes)
+    {
+        _maxAnswerBytes = bytes;
+    }
+    static const size_t defaultMaxAnswerBytes = size_t(1) << 30;
+
 private:
     std::string _dispatchIntrinsic(const CimRequest& request,
                                    const Pegasus::OperationContext& context,
@@ -40,6 +48,7 @@ private:
     Pegasus::CIMOMDispatcher& _dispatcher;
     Pegasus::String _hostName;
     EnumerationContexts _contexts;
+    size_t _maxAnswerBytes = defaultMaxAnswerBytes;
 };
 
 } // namespace orvhost

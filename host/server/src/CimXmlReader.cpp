@@ -9,6 +9,7 @@
 
 #include <cstring>
 #include <memory>
+#include <set>
 
 using namespace Pegasus;
 
@@ -151,6 +152,7 @@ void _decodeCall(const xmlNode* call, CimRequest& request)
     }
     request.objectPath = decodeObjectPath(kids[0]);
     request.nameSpace = request.objectPath.getNameSpace();
+    std::set<std::string> seen;
     for (next = 1; next < kids.size(); ++next)
     {
         if (!isElement(kids[next], "PARAMVALUE"))
@@ -158,7 +160,108 @@ void _decodeCall(const xmlNode* call, CimRequest& request)
             throw CimProtocolError(400, notValid,
                                    "unexpected " + nodeName(kids[next]) + " in METHODCALL");
         }
-        request.inParams.append(decodeParamValue(kids[next]));
+        CIMParamValue param = decodeParamValue(kids[next]);
+        String folded = param.getParameterName();
+        folded.toLower();
+        if (!seen.insert(static_cast<const char*>(folded.getCString())).second)
+        {
+            fault("parameter " + requiredAttribute(kids[next], "NAME") + " given twice");
+        }
+        request.inParams.append(param);
+    }
+}
+
+const char* _skipPast(const char* p, const char* end, const char* terminator)
+{
+    const size_t n = strlen(terminator);
+    for (; p + n <= end; ++p)
+    {
+        if (memcmp(p, terminator, n) == 0)
+        {
+            return p + n;
+        }
+    }
+    return nullptr;
+}
+
+// One linear pass over the bytes before libxml2 sees them: libxml2 compares
+// an element's attributes pairwise and builds a node per element, so both
+// counts are capped here. It counts rather than checks; what it misreads
+// libxml2 refuses afterwards.
+void _prescan(const std::string& body)
+{
+    const char* p = body.data();
+    const char* const end = p + body.size();
+    size_t elements = 0;
+    while ((p = static_cast<const char*>(memchr(p, '<', static_cast<size_t>(end - p)))) != nullptr)
+    {
+        ++p;
+        const char* terminator = nullptr;
+        if (end - p >= 3 && memcmp(p, "!--", 3) == 0)
+        {
+            terminator = "-->";
+        }
+        else if (end - p >= 8 && memcmp(p, "![CDATA[", 8) == 0)
+        {
+            terminator = "]]>";
+        }
+        else if (p < end && *p == '?')
+        {
+            terminator = "?>";
+        }
+        else if (p < end && *p == '!')
+        {
+            // No client of ours needs a DTD; refusing it rules out entity
+            // tricks and declarations libxml2 would have to digest.
+            throw CimProtocolError(400, notValid, "a DOCTYPE is not accepted");
+        }
+        else if (p < end && *p == '/')
+        {
+            terminator = ">";
+        }
+        if (terminator != nullptr)
+        {
+            p = _skipPast(p, end, terminator);
+            if (p == nullptr)
+            {
+                return;
+            }
+            continue;
+        }
+        if (++elements > RequestLimits::maxElements)
+        {
+            throw CimProtocolError(400, notValid,
+                                   "the request has more than " +
+                                       std::to_string(RequestLimits::maxElements) +
+                                       " elements, the limit");
+        }
+        size_t attributes = 0;
+        char quote = 0;
+        for (; p < end; ++p)
+        {
+            if (quote != 0)
+            {
+                if (*p == quote)
+                {
+                    quote = 0;
+                }
+            }
+            else if (*p == '"' || *p == '\'')
+            {
+                quote = *p;
+            }
+            else if (*p == '=' && ++attributes > RequestLimits::maxAttributesPerElement)
+            {
+                throw CimProtocolError(400, notValid,
+                                       "an element has more than " +
+                                           std::to_string(RequestLimits::maxAttributesPerElement) +
+                                           " attributes, the limit");
+            }
+            else if (*p == '>')
+            {
+                break;
+            }
+        }
     }
 }
 } // namespace
@@ -178,6 +281,7 @@ CimRequest parseCimRequest(const std::string& body)
     {
         throw CimProtocolError(400, notWellFormed, "empty request body");
     }
+    _prescan(body);
     // Encoding and I/O faults in a client's bytes would otherwise be printed
     // on the server's stderr, once per bad request; they are answered below.
     xmlSetGenericErrorFunc(nullptr, _quietXmlError);

@@ -7,6 +7,8 @@
 #include <Pegasus/Common/CIMParamValue.h>
 #include <Pegasus/Common/CIMStatusCode.h>
 
+#include <CimXml/CimXmlDecoder.h>
+
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -77,6 +79,21 @@ struct CimRequest
     /// once the method name is known (code 0 = none).
     Pegasus::CIMStatusCode errorCode = Pegasus::CIM_ERR_SUCCESS;
     std::string errorText;
+};
+
+/// Bounds on one request, so that decoding it costs time and memory linear in
+/// its size. Each is far above what WBEM clients send; a request past one is
+/// refused with an answer that names the limit.
+struct RequestLimits
+{
+    /// Attributes on one element (libxml2 compares them pairwise). The
+    /// widest CIM-XML element has six.
+    static const size_t maxAttributesPerElement = 64;
+    /// Elements in one request, tags of every kind counted.
+    static const size_t maxElements = 100000;
+    /// The path limits, which the shared decoder applies to every message.
+    static const size_t maxKeyValueBytes = ::orv::cimxml::PathLimits::maxKeyValueBytes;
+    static const unsigned maxReferenceDepth = ::orv::cimxml::PathLimits::maxReferenceDepth;
 };
 
 /// Decodes one CIM-XML request message (DSP0201 SIMPLEREQ). Throws

@@ -12,20 +12,26 @@
 #include <cimom/ObjectManager.h>
 #include <orvsim.h>
 
+#include <gnutls/gnutls.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <thread>
 
 using namespace orvhost;
 
 namespace
 {
+// Seconds after the shutdown grace period before the process ends anyway.
+const unsigned forcedStopMargin = 3;
+
 const char usage[] =
     "usage: orv-cimserver [options]\n"
     "  --http-port N         plain HTTP port (default 5988; 0 turns it off)\n"
@@ -45,8 +51,28 @@ const char usage[] =
     "  --access-log FILE     access log (default '-' = standard error)\n"
     "  --workers N           worker threads (default 8)\n"
     "  --max-body BYTES      largest request body (default 8388608)\n"
+    "  --max-answer BYTES    largest answer body (default 1073741824); past it the\n"
+    "                        answer is a CIM error, or a cut stream once part was sent\n"
     "  --max-connections N   open connections at most (default 256)\n"
-    "  --idle-timeout S      idle connection timeout in seconds (default 60)\n"
+    "  --idle-timeout S      idle connection timeout in seconds after a login (default 60)\n"
+    "  --head-timeout S      a connection's first request head must be in within S seconds,\n"
+    "                        and it may idle that long at most before it logs in (default 20)\n"
+    "  --request-timeout S   head and body of one request within S seconds (default 120)\n"
+    "  --max-connections-per-address N  connections from one address (default 64);\n"
+    "                        past this or --max-connections a client is answered 503 with\n"
+    "                        Retry-After, and 8 past either it is refused at once\n"
+    "  --max-requests-per-user N  requests of one user served at once; the rest wait\n"
+    "                        their turn (default: half the workers)\n"
+    "  --login-threads N     threads that check passwords, apart from the workers\n"
+    "                        (default 2); after 5 failed logins in a row from one\n"
+    "                        address or for one name, logins from it or for it are\n"
+    "                        answered 503 with Retry-After for 1 s, doubling per\n"
+    "                        further failure up to 30 s, until one succeeds\n"
+    "  --shutdown-grace S    on SIGTERM or SIGINT, requests in flight get S seconds to\n"
+    "                        finish (default 30); 3 s later the process ends whatever\n"
+    "                        still runs, exit status 1. A second signal ends it at once\n"
+    "  --tls-priorities P    GnuTLS priority string for HTTPS (default: TLS 1.3, and\n"
+    "                        TLS 1.2 with ECDHE and AES-GCM or ChaCha20-Poly1305)\n"
     "  --help                this text\n";
 
 struct Options
@@ -62,6 +88,8 @@ struct Options
     std::string providerDir;
     std::string accessLog = "-";
     int logLevel = -1;
+    size_t maxAnswer = CimOperationProcessor::defaultMaxAnswerBytes;
+    unsigned shutdownGrace = 30;
 };
 
 bool _number(const char* text, unsigned long max, unsigned long& out)
@@ -127,11 +155,39 @@ int _parse(int argc, char** argv, Options& o)
                 return 2;
             o.http.workerThreads = n == 0 ? 1 : static_cast<unsigned>(n);
         }
+        else if (arg == "--max-requests-per-user" || arg == "--login-threads")
+        {
+            if (!needNumber(256))
+                return 2;
+            if (arg == "--login-threads")
+                o.http.loginThreads = n == 0 ? 1 : static_cast<unsigned>(n);
+            else
+                o.http.maxRequestsPerUser = static_cast<unsigned>(n);
+        }
+        else if (arg == "--max-answer")
+        {
+            if (!needNumber(ULONG_MAX - 1))
+                return 2;
+            o.maxAnswer = n;
+        }
         else if (arg == "--max-body")
         {
             if (!needNumber(1UL << 30))
                 return 2;
             o.http.maxBodyBytes = n;
+        }
+        else if (arg == "--head-timeout" || arg == "--request-timeout")
+        {
+            if (!needNumber(86400))
+                return 2;
+            (arg == "--head-timeout" ? o.http.headTimeoutSeconds : o.http.requestTimeoutSeconds) =
+                n == 0 ? 1 : static_cast<unsigned>(n);
+        }
+        else if (arg == "--max-connections-per-address")
+        {
+            if (!needNumber(65535))
+                return 2;
+            o.http.maxConnectionsPerPeer = n == 0 ? 1 : static_cast<unsigned>(n);
         }
         else if (arg == "--idle-timeout")
         {
@@ -139,6 +195,14 @@ int _parse(int argc, char** argv, Options& o)
                 return 2;
             o.http.idleTimeoutSeconds = static_cast<unsigned>(n);
         }
+        else if (arg == "--shutdown-grace")
+        {
+            if (!needNumber(3600))
+                return 2;
+            o.shutdownGrace = static_cast<unsigned>(n);
+        }
+        else if (arg == "--tls-priorities")
+            o.http.tlsPriorities = v;
         else if (arg == "--bind")
             o.http.bindAddress = v;
         else if (arg == "--array")
@@ -175,6 +239,16 @@ int _parse(int argc, char** argv, Options& o)
         fprintf(stderr, "orv-cimserver: --cert and --key go together\n");
         return 2;
     }
+    gnutls_priority_t priorities;
+    const char* at = nullptr;
+    if (gnutls_priority_init(&priorities, o.http.tlsPriorities.c_str(), &at) < 0)
+    {
+        fprintf(stderr,
+                "orv-cimserver: --tls-priorities: not a GnuTLS priority string (at \"%s\")\n",
+                at == nullptr ? "" : at);
+        return 2;
+    }
+    gnutls_priority_deinit(priorities);
     return 0;
 }
 
@@ -286,6 +360,7 @@ int main(int argc, char** argv)
         initXmlLibrary();
         AccessLog log(o.accessLog);
         CimOperationProcessor processor(om, om.getHostName());
+        processor.setMaxAnswerBytes(o.maxAnswer);
         HttpServer server(o.http, processor, users, log);
         server.start();
 
@@ -305,8 +380,23 @@ int main(int argc, char** argv)
 
         int sig = 0;
         sigwait(&stopSignals, &sig);
-        fprintf(stderr, "orv-cimserver: %s: finishing requests in flight\n", strsignal(sig));
-        server.stop(30);
+        fprintf(stderr, "orv-cimserver: %s: finishing requests in flight (%u s at most)\n",
+                strsignal(sig), o.shutdownGrace);
+        // A request may run (or a client may stall its answer) for longer
+        // than anyone waits for a stop: past the grace period, and a little
+        // for the answers finished within it to go out, the process ends.
+        std::thread deadline(
+            [stopSignals, grace = o.shutdownGrace]
+            {
+                timespec wait{static_cast<time_t>(grace) + forcedStopMargin, 0};
+                siginfo_t info;
+                int again = sigtimedwait(&stopSignals, &info, &wait);
+                fprintf(stderr, "orv-cimserver: %s; stopping without the requests still running\n",
+                        again > 0 ? "signalled again" : "the shutdown grace period is over");
+                _exit(1);
+            });
+        deadline.detach();
+        server.stop(o.shutdownGrace);
         om.shutdown();
         fprintf(stderr, "orv-cimserver: stopped\n");
         return 0;

@@ -261,3 +261,133 @@ TEST(CimXmlReader, ExtrinsicParametersTypedUntypedAndReferences)
     }
     EXPECT_TRUE(r.inParams[7].getValue().isNull());
 }
+
+namespace
+{
+// An instance name whose key refers to an instance name whose key refers to
+// ..., `depth` references down; the innermost key is `leaf`.
+std::string _nestedName(unsigned depth, const std::string& leaf = "v")
+{
+    std::string path = "<INSTANCENAME CLASSNAME=\"C\"><KEYBINDING NAME=\"K\"><KEYVALUE>" + leaf +
+                       "</KEYVALUE></KEYBINDING></INSTANCENAME>";
+    for (unsigned i = 0; i < depth; ++i)
+    {
+        path = "<INSTANCENAME CLASSNAME=\"C\"><KEYBINDING NAME=\"R\"><VALUE.REFERENCE>" + path +
+               "</VALUE.REFERENCE></KEYBINDING></INSTANCENAME>";
+    }
+    return path;
+}
+
+std::string _getInstance(const std::string& name)
+{
+    return _imethod("GetInstance", "<IPARAMVALUE NAME=\"InstanceName\">" + name + "</IPARAMVALUE>");
+}
+
+std::string _attributes(size_t n)
+{
+    std::string out;
+    for (size_t i = 0; i < n; ++i)
+    {
+        out += " a" + std::to_string(i) + "=\"\"";
+    }
+    return out;
+}
+
+std::string _values(size_t n)
+{
+    std::string out = "<IPARAMVALUE NAME=\"A\"><VALUE.ARRAY>";
+    for (size_t i = 0; i < n; ++i)
+    {
+        out += "<VALUE>1</VALUE>";
+    }
+    return out + "</VALUE.ARRAY></IPARAMVALUE>";
+}
+} // namespace
+
+TEST(CimXmlReader, EveryRequestIsBoundedByTheNamedLimits)
+{
+    // Attacks that made decoding cost grow faster than the request, scaled
+    // down: each is refused, naming its limit; just under it still decodes.
+    using L = RequestLimits;
+    enum Outcome
+    {
+        DECODED,
+        CIM_FAULT, ///< decoded to a CIM error for the operation to answer
+        REFUSED    ///< HTTP 400
+    };
+    struct Case
+    {
+        const char* what;
+        std::string body;
+        Outcome outcome;
+        std::string limit; ///< the figure the answer must name
+    } cases[] = {
+        {"references at the depth limit", _getInstance(_nestedName(L::maxReferenceDepth)), DECODED,
+         ""},
+        {"references one level too deep", _getInstance(_nestedName(L::maxReferenceDepth + 1)),
+         CIM_FAULT, std::to_string(L::maxReferenceDepth)},
+        {"references twenty levels deep", _getInstance(_nestedName(20, "\"\\")), CIM_FAULT,
+         std::to_string(L::maxReferenceDepth)},
+        {"references nested in an extrinsic call's path",
+         _method("<LOCALINSTANCEPATH>" + orvNs + _nestedName(L::maxReferenceDepth + 1) +
+                     "</LOCALINSTANCEPATH>",
+                 ""),
+         CIM_FAULT, std::to_string(L::maxReferenceDepth)},
+        {"key value at the limit",
+         _getInstance(_nestedName(0, std::string(L::maxKeyValueBytes, 'k'))), DECODED, ""},
+        {"key value over the limit",
+         _getInstance(_nestedName(0, std::string(L::maxKeyValueBytes + 1, 'k'))), CIM_FAULT,
+         std::to_string(L::maxKeyValueBytes)},
+        {"key value of 1 MB", _getInstance(_nestedName(0, std::string(1 << 20, 'k'))), CIM_FAULT,
+         std::to_string(L::maxKeyValueBytes)},
+        {"reference key whose quoting passes the limit",
+         _getInstance(_nestedName(2, std::string(L::maxKeyValueBytes / 3, '"'))), CIM_FAULT,
+         std::to_string(L::maxKeyValueBytes)},
+        {"attributes at the limit",
+         _imethod("X",
+                  "<IPARAMVALUE NAME=\"A\"" + _attributes(L::maxAttributesPerElement - 1) + "/>"),
+         DECODED, ""},
+        {"attributes over the limit",
+         _imethod("X", "<IPARAMVALUE NAME=\"A\"" + _attributes(L::maxAttributesPerElement) + "/>"),
+         REFUSED, std::to_string(L::maxAttributesPerElement)},
+        {"20000 attributes", _imethod("X", "<IPARAMVALUE NAME=\"A\"" + _attributes(20000) + "/>"),
+         REFUSED, std::to_string(L::maxAttributesPerElement)},
+        {"'=' and '>' inside attribute values do not count",
+         _imethod("X", "<IPARAMVALUE NAME=\"A\"><VALUE>" + std::string(200, '=') +
+                           "</VALUE></IPARAMVALUE><IPARAMVALUE NAME='" +
+                           std::string(L::maxAttributesPerElement * 2, '=') + "&gt;'/>"),
+         DECODED, ""},
+        {"elements at the limit", _imethod("X", _values(L::maxElements - 12)), DECODED, ""},
+        {"elements over the limit", _imethod("X", _values(L::maxElements)), REFUSED,
+         std::to_string(L::maxElements)},
+        {"comments and CDATA do not count as elements",
+         _imethod("X", "<!--<a b='' c=''>--><IPARAMVALUE NAME=\"A\"><VALUE><![CDATA[" +
+                           std::string(100, '<') + "]]></VALUE></IPARAMVALUE>"),
+         DECODED, ""},
+    };
+    for (const Case& c : cases)
+    {
+        try
+        {
+            CimRequest r = parseCimRequest(c.body);
+            if (c.outcome == DECODED)
+            {
+                EXPECT_EQ(r.errorCode, CIM_ERR_SUCCESS) << c.what << ": " << r.errorText;
+            }
+            else
+            {
+                EXPECT_EQ(c.outcome, CIM_FAULT) << c.what << ": decoded";
+                EXPECT_EQ(r.errorCode, CIM_ERR_INVALID_PARAMETER) << c.what;
+                EXPECT_NE(r.errorText.find(c.limit), std::string::npos)
+                    << c.what << ": " << r.errorText;
+            }
+        }
+        catch (const CimProtocolError& e)
+        {
+            EXPECT_EQ(c.outcome, REFUSED) << c.what << ": " << e.what();
+            EXPECT_EQ(e.httpStatus(), 400) << c.what;
+            EXPECT_NE(std::string(e.what()).find(c.limit), std::string::npos)
+                << c.what << ": " << e.what();
+        }
+    }
+}

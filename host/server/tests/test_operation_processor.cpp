@@ -619,3 +619,126 @@ TEST_F(ProcessorTest, LargeAnswersStreamWithTheSameBodyAndLateErrorsFailTheStrea
     EXPECT_EQ(response.body.find("VALUE.NAMEDINSTANCE"), std::string::npos);
     _expectStrictXml(response.body);
 }
+
+TEST_F(ProcessorTest, HeadersMustStateExactlyWhatTheBodyHolds)
+{
+    const std::string target = "<LOCALINSTANCEPATH>" + orvNs +
+                               "<INSTANCENAME CLASSNAME=\"T_Svc\"><KEYBINDING NAME=\"Name\">"
+                               "<KEYVALUE>s</KEYVALUE></KEYBINDING></INSTANCENAME>"
+                               "</LOCALINSTANCEPATH>";
+    const std::string types = "<PARAMVALUE NAME=\"ElementTypes\"><VALUE.ARRAY><VALUE>2</VALUE>"
+                              "</VALUE.ARRAY></PARAMVALUE>";
+    auto call = [&](const std::string& params)
+    {
+        return _request("GetStatisticsCollection",
+                        "<METHODCALL NAME=\"GetStatisticsCollection\">" + target + params +
+                            "</METHODCALL>",
+                        "root%2Forv%3AT_Svc.Name%3D%22s%22");
+    };
+    struct Case
+    {
+        const char* what;
+        std::function<void(HttpRequest&)> change;
+        int status;
+        const char* cimError; ///< "" when the call must reach the provider
+    } cases[] = {
+        {"as sent by clients", [](HttpRequest&) {}, 200, ""},
+        {"text/xml", [](HttpRequest& r) { r.headers["Content-Type"] = "text/xml"; }, 200, ""},
+        {"media type in capitals and a blank before the parameters",
+         [](HttpRequest& r) { r.headers["Content-Type"] = "Application/XML ; charset=utf-8"; }, 200,
+         ""},
+        {"another media type starting alike",
+         [](HttpRequest& r) { r.headers["Content-Type"] = "application/xmlfoo"; }, 400,
+         "request-not-valid"},
+        {"text/xml-ish", [](HttpRequest& r) { r.headers["Content-Type"] = "text/xml2"; }, 400,
+         "request-not-valid"},
+        {"no Content-Type", [](HttpRequest& r) { r.headers.erase("Content-Type"); }, 400,
+         "request-not-valid"},
+        {"protocol version 1.1", [](HttpRequest& r) { r.headers["CIMProtocolVersion"] = "1.1"; },
+         200, ""},
+        {"protocol version 1.zzz",
+         [](HttpRequest& r) { r.headers["CIMProtocolVersion"] = "1.zzz"; }, 501,
+         "unsupported-protocol-version"},
+        {"protocol version 1.", [](HttpRequest& r) { r.headers["CIMProtocolVersion"] = "1."; }, 501,
+         "unsupported-protocol-version"},
+        {"CIMObject names the target in another form",
+         [](HttpRequest& r) { r.headers["CIMObject"] = "root/orv:t_svc.name=\"s\""; }, 200, ""},
+        {"CIMObject names another key value",
+         [](HttpRequest& r) { r.headers["CIMObject"] = "root%2Forv%3AT_Svc.Name%3D%22t%22"; }, 400,
+         "header-mismatch"},
+        {"CIMObject names another class",
+         [](HttpRequest& r) { r.headers["CIMObject"] = "root%2Forv%3AT_Other.Name%3D%22s%22"; },
+         400, "header-mismatch"},
+        {"CIMObject names the namespace only",
+         [](HttpRequest& r) { r.headers["CIMObject"] = "root%2Forv"; }, 400, "header-mismatch"},
+        {"CIMObject is no path",
+         [](HttpRequest& r) { r.headers["CIMObject"] = "root%2Forv%3A%3D%3D"; }, 400,
+         "header-mismatch"},
+    };
+    for (const Case& c : cases)
+    {
+        HttpRequest r = call(types);
+        c.change(r);
+        dispatcher.call.clear();
+        HttpResponse response = processor.handle(r);
+        EXPECT_EQ(response.status, c.status) << c.what << ": " << response.body;
+        EXPECT_EQ(_header(response, "CIMError"), c.cimError) << c.what;
+        EXPECT_EQ(dispatcher.call, *c.cimError ? "" : "invokeMethod") << c.what;
+    }
+
+    // A parameter given twice (in any case) is a CIM error, not a choice.
+    dispatcher.call.clear();
+    HttpResponse twice = processor.handle(call(types + "<PARAMVALUE NAME=\"elementtypes\">"
+                                                       "<VALUE.ARRAY><VALUE>3</VALUE>"
+                                                       "</VALUE.ARRAY></PARAMVALUE>"));
+    EXPECT_EQ(twice.status, 200);
+    EXPECT_NE(twice.body.find("ERROR CODE=\"4\""), std::string::npos) << twice.body;
+    EXPECT_EQ(dispatcher.call, "");
+}
+
+TEST_F(ProcessorTest, AnswersPastTheLimitAreCimErrorsOrFailedStreams)
+{
+    const size_t streamAfter = 256 * 1024; // where the processor starts streaming
+    const std::string cls = "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>";
+    dispatcher.copies = 20000;
+    const size_t whole = processor.handle(_intrinsic("EnumerateInstances", cls)).body.size();
+    ASSERT_GT(whole, 3 * streamAfter);
+
+    struct Case
+    {
+        const char* what;
+        size_t limit;
+        bool streamed; ///< the limit is met after the answer started going out
+    } cases[] = {
+        {"before anything was sent", streamAfter / 2, false},
+        {"while it streams", 2 * streamAfter, true},
+    };
+    for (const Case& c : cases)
+    {
+        processor.setMaxAnswerBytes(c.limit);
+        auto captured = std::make_shared<CapturedStream>();
+        HttpRequest r = _intrinsic("EnumerateInstances", cls);
+        r.startStreaming = [captured](const HttpResponse&) {
+            return std::shared_ptr<StreamingBody>(captured);
+        };
+        HttpResponse response = processor.handle(r);
+        EXPECT_EQ(response.streamed, c.streamed) << c.what;
+        if (c.streamed)
+        {
+            EXPECT_FALSE(captured->finished) << c.what;
+            EXPECT_EQ(captured->failedCode, "1") << c.what;
+            EXPECT_LE(captured->body.size(), c.limit) << c.what;
+        }
+        else
+        {
+            EXPECT_EQ(response.status, 200) << c.what;
+            EXPECT_NE(response.body.find("<ERROR CODE=\"1\""), std::string::npos) << c.what;
+            EXPECT_NE(response.body.find(std::to_string(c.limit)), std::string::npos) << c.what;
+            EXPECT_EQ(response.body.find("VALUE.NAMEDINSTANCE"), std::string::npos) << c.what;
+            _expectStrictXml(response.body);
+        }
+    }
+    // At the limit exactly, the answer is whole.
+    processor.setMaxAnswerBytes(whole);
+    EXPECT_EQ(processor.handle(_intrinsic("EnumerateInstances", cls)).body.size(), whole);
+}

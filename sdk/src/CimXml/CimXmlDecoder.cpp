@@ -144,11 +144,22 @@ CIMKeyBinding::Type _keyType(const xmlNode* keyValue)
     fault("invalid KEYVALUE VALUETYPE \"" + type + "\"");
 }
 
-CIMKeyBinding _keyBinding(const CIMName& name, const xmlNode* value)
+void _checkKeyLength(size_t length)
+{
+    if (length > PathLimits::maxKeyValueBytes)
+    {
+        fault("a key value is longer than " + std::to_string(PathLimits::maxKeyValueBytes) +
+              " bytes, the limit");
+    }
+}
+
+CIMKeyBinding _keyBinding(const CIMName& name, const xmlNode* value, unsigned depth)
 {
     if (isElement(value, "KEYVALUE"))
     {
-        return CIMKeyBinding(name, String(nodeText(value).c_str()), _keyType(value));
+        std::string text = nodeText(value);
+        _checkKeyLength(text.size());
+        return CIMKeyBinding(name, String(text.c_str()), _keyType(value));
     }
     if (isElement(value, "VALUE.REFERENCE"))
     {
@@ -157,13 +168,22 @@ CIMKeyBinding _keyBinding(const CIMName& name, const xmlNode* value)
         {
             fault("VALUE.REFERENCE needs exactly one path");
         }
-        return CIMKeyBinding(name, CIMValue(decodeObjectPath(inner[0])));
+        if (depth >= PathLimits::maxReferenceDepth)
+        {
+            fault("paths nest in reference keys deeper than " +
+                  std::to_string(PathLimits::maxReferenceDepth) + " levels, the limit");
+        }
+        CIMKeyBinding key(name, CIMValue(decodeObjectPath(inner[0], depth + 1)));
+        // The path is held as quoted text; bound it before the next level
+        // quotes it again.
+        _checkKeyLength(key.getValue().size());
+        return key;
     }
     fault("unexpected " + nodeName(value) + " as a key value");
 }
 } // namespace
 
-CIMObjectPath decodeInstanceName(const xmlNode* node)
+CIMObjectPath decodeInstanceName(const xmlNode* node, unsigned depth)
 {
     CIMName className = cimName(requiredAttribute(node, "CLASSNAME"), "class name");
     Array<CIMKeyBinding> keys;
@@ -178,13 +198,13 @@ CIMObjectPath decodeInstanceName(const xmlNode* node)
                 fault("KEYBINDING " + std::string(keyName.getString().getCString()) +
                        " needs exactly one value");
             }
-            keys.append(_keyBinding(keyName, values[0]));
+            keys.append(_keyBinding(keyName, values[0], depth));
         }
         else if (isElement(child, "KEYVALUE") || isElement(child, "VALUE.REFERENCE"))
         {
             // A single unnamed key: the class's only key property, whose
             // name the path cannot state.
-            keys.append(_keyBinding(CIMName(), child));
+            keys.append(_keyBinding(CIMName(), child, depth));
         }
         else
         {
@@ -201,12 +221,12 @@ CIMObjectPath decodeInstanceName(const xmlNode* node)
     }
 }
 
-CIMObjectPath decodeObjectPath(const xmlNode* node)
+CIMObjectPath decodeObjectPath(const xmlNode* node, unsigned depth)
 {
     std::vector<const xmlNode*> kids = elementChildren(node);
     if (isElement(node, "INSTANCENAME"))
     {
-        return decodeInstanceName(node);
+        return decodeInstanceName(node, depth);
     }
     if (isElement(node, "CLASSNAME"))
     {
@@ -220,7 +240,7 @@ CIMObjectPath decodeObjectPath(const xmlNode* node)
         {
             fault(nodeName(node) + " needs a namespace and a name");
         }
-        CIMObjectPath path = decodeObjectPath(kids[1]);
+        CIMObjectPath path = decodeObjectPath(kids[1], depth);
         path.setNameSpace(namespaceName(namespaceText(kids[0])));
         return path;
     }
@@ -235,7 +255,7 @@ CIMObjectPath decodeObjectPath(const xmlNode* node)
         {
             fault("NAMESPACEPATH needs a HOST and a LOCALNAMESPACEPATH");
         }
-        CIMObjectPath path = decodeObjectPath(kids[1]);
+        CIMObjectPath path = decodeObjectPath(kids[1], depth);
         path.setHost(String(nodeText(nsParts[0]).c_str()));
         path.setNameSpace(namespaceName(namespaceText(nsParts[1])));
         return path;

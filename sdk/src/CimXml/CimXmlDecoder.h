@@ -47,9 +47,22 @@ Pegasus::CIMName cimName(const std::string& text, const std::string& what);
 std::string namespaceText(const xmlNode* localNs);
 Pegasus::CIMNamespaceName namespaceName(const std::string& text);
 
-Pegasus::CIMObjectPath decodeInstanceName(const xmlNode* node);
+/// What a decoded path may hold, whatever the message: every level of a path
+/// nested in a reference key quotes the one below it again, so its text
+/// doubles per level.
+struct PathLimits
+{
+    /// Bytes in one key value, a reference key's path text included.
+    static const size_t maxKeyValueBytes = 64 * 1024;
+    /// Paths nested in reference keys below the path that holds them.
+    /// OpenPegasus and the clients we know nest two at most.
+    static const unsigned maxReferenceDepth = 4;
+};
+
+/// depth: how many reference keys down from the outermost path this one is.
+Pegasus::CIMObjectPath decodeInstanceName(const xmlNode* node, unsigned depth = 0);
 /// Any of the six path forms that DSP0201 allows in a reference.
-Pegasus::CIMObjectPath decodeObjectPath(const xmlNode* node);
+Pegasus::CIMObjectPath decodeObjectPath(const xmlNode* node, unsigned depth = 0);
 
 /// A TYPE or PARAMTYPE attribute value.
 bool parseType(const std::string& text, Pegasus::CIMType& type);

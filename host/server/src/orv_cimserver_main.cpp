@@ -18,6 +18,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -388,9 +389,25 @@ int main(int argc, char** argv)
         std::thread deadline(
             [stopSignals, grace = o.shutdownGrace]
             {
-                timespec wait{static_cast<time_t>(grace) + forcedStopMargin, 0};
+                const auto end = std::chrono::steady_clock::now() +
+                                 std::chrono::seconds(grace + forcedStopMargin);
                 siginfo_t info;
-                int again = sigtimedwait(&stopSignals, &info, &wait);
+                int again = -1;
+                // Other signals (a sanitizer's, a debugger's) interrupt the
+                // wait: only a second stop signal or the deadline end it.
+                for (auto now = std::chrono::steady_clock::now(); now < end;
+                     now = std::chrono::steady_clock::now())
+                {
+                    const auto left =
+                        std::chrono::duration_cast<std::chrono::nanoseconds>(end - now).count();
+                    timespec wait{static_cast<time_t>(left / 1000000000),
+                                  static_cast<long>(left % 1000000000)};
+                    again = sigtimedwait(&stopSignals, &info, &wait);
+                    if (again > 0 || errno != EINTR)
+                    {
+                        break;
+                    }
+                }
                 fprintf(stderr, "orv-cimserver: %s; stopping without the requests still running\n",
                         again > 0 ? "signalled again" : "the shutdown grace period is over");
                 _exit(1);

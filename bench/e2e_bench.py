@@ -20,6 +20,7 @@ import subprocess
 import sys
 import tempfile
 import time
+import urllib.parse
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 USER, PASSWORD = "admin", "admin-pw"
@@ -50,6 +51,14 @@ def service_call(system):
             '<KEYBINDING NAME="SystemName"><KEYVALUE>%s</KEYVALUE></KEYBINDING>'
             '</INSTANCENAME></LOCALINSTANCEPATH>') % (NS, system, system)
     return HEAD + '<METHODCALL NAME="GetStatisticsCollection">%s</METHODCALL>' % path + TAIL
+
+
+def service_object(system):
+    """The CIMObject header of a method call: the target's path, URL-encoded."""
+    path = ('root/orv:ORV_BlockStatisticsService.CreationClassName="ORV_BlockStatisticsService",'
+            'Name="%s-BlockStatisticsService",SystemCreationClassName="ORV_StorageSystem",'
+            'SystemName="%s"' % (system, system))
+    return urllib.parse.quote(path, safe="")
 
 
 class Server:
@@ -135,7 +144,7 @@ def main():
     runs = [
         ("GetStatisticsCollection, all types",
          lambda s: len(s.post(service_call(system), "GetStatisticsCollection",
-                              "root%2Forv%3AORV_BlockStatisticsService"))),
+                              service_object(system)))),
         ("EnumerateInstances ORV_VolumeStatisticalData",
          lambda s: len(s.post(intrinsic("EnumerateInstances", class_param("ORV_VolumeStatisticalData")),
                               "EnumerateInstances", "root%2Forv"))),

@@ -297,6 +297,31 @@ CIMObjectPath _objectPathElement(const xmlNode* node)
     return cimxml::decodeObjectPath(parts[0]);
 }
 
+// The objects (or paths) an association operation returned, each decoded.
+Array<CIMObject> _objectsOf(const Response& response)
+{
+    return _decode([&] {
+        Array<CIMObject> out;
+        for (const xmlNode* node : response.returned())
+        {
+            out.append(_objectWithPath(node));
+        }
+        return out;
+    });
+}
+
+Array<CIMObjectPath> _pathsOf(const Response& response)
+{
+    return _decode([&] {
+        Array<CIMObjectPath> out;
+        for (const xmlNode* node : response.returned())
+        {
+            out.append(_objectPathElement(node));
+        }
+        return out;
+    });
+}
+
 } // namespace
 
 RemoteConnection::RemoteConnection(const String& host, Uint32 port, bool https,
@@ -536,14 +561,7 @@ Array<CIMObject> RemoteConnection::associators(
     _boolParam(params, "IncludeClassOrigin", includeClassOrigin);
     _propertyListParam(params, propertyList);
     Response response(_intrinsic("Associators", nameSpace, params), "Associators");
-    return _decode([&] {
-        Array<CIMObject> out;
-        for (const xmlNode* node : response.returned())
-        {
-            out.append(_objectWithPath(node));
-        }
-        return out;
-    });
+    return _objectsOf(response);
 }
 
 Array<CIMObjectPath> RemoteConnection::associatorNames(const CIMNamespaceName& nameSpace,
@@ -560,14 +578,7 @@ Array<CIMObjectPath> RemoteConnection::associatorNames(const CIMNamespaceName& n
     _stringParam(params, "Role", role);
     _stringParam(params, "ResultRole", resultRole);
     Response response(_intrinsic("AssociatorNames", nameSpace, params), "AssociatorNames");
-    return _decode([&] {
-        Array<CIMObjectPath> out;
-        for (const xmlNode* node : response.returned())
-        {
-            out.append(_objectPathElement(node));
-        }
-        return out;
-    });
+    return _pathsOf(response);
 }
 
 Array<CIMObject> RemoteConnection::references(const CIMNamespaceName& nameSpace,
@@ -585,14 +596,7 @@ Array<CIMObject> RemoteConnection::references(const CIMNamespaceName& nameSpace,
     _boolParam(params, "IncludeClassOrigin", includeClassOrigin);
     _propertyListParam(params, propertyList);
     Response response(_intrinsic("References", nameSpace, params), "References");
-    return _decode([&] {
-        Array<CIMObject> out;
-        for (const xmlNode* node : response.returned())
-        {
-            out.append(_objectWithPath(node));
-        }
-        return out;
-    });
+    return _objectsOf(response);
 }
 
 Array<CIMObjectPath> RemoteConnection::referenceNames(const CIMNamespaceName& nameSpace,
@@ -605,14 +609,7 @@ Array<CIMObjectPath> RemoteConnection::referenceNames(const CIMNamespaceName& na
     _classParam(params, "ResultClass", resultClass);
     _stringParam(params, "Role", role);
     Response response(_intrinsic("ReferenceNames", nameSpace, params), "ReferenceNames");
-    return _decode([&] {
-        Array<CIMObjectPath> out;
-        for (const xmlNode* node : response.returned())
-        {
-            out.append(_objectPathElement(node));
-        }
-        return out;
-    });
+    return _pathsOf(response);
 }
 
 CIMValue RemoteConnection::invokeMethod(const CIMNamespaceName& nameSpace,

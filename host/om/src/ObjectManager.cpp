@@ -776,12 +776,19 @@ void ObjectManager::enumerateInstances(const OperationContext& context,
                 InstanceCollector collector(call.name(), "enumerateInstances");
                 // Each instance is narrowed and handed on as it is delivered,
                 // so nothing here holds the whole enumeration.
+                InstanceFilter filter;
+                filter.propertyList = propertyList;
+                filter.includeQualifiers = includeQualifiers;
+                filter.includeClassOrigin = includeClassOrigin;
+                CIMName filterClass;
                 collector.forward = [&](const CIMInstance& delivered) {
-                    InstanceFilter filter;
-                    filter.classProperties = allowedFor(delivered.getClassName());
-                    filter.propertyList = propertyList;
-                    filter.includeQualifiers = includeQualifiers;
-                    filter.includeClassOrigin = includeClassOrigin;
+                    // The class's rules are looked up when the class changes.
+                    if (filterClass.isNull() || !filterClass.equal(delivered.getClassName()))
+                    {
+                        filterClass = delivered.getClassName();
+                        filter.classProperties = allowedFor(filterClass);
+                        filter.decisions.clear();
+                    }
                     CIMInstance instance = filterInstance(delivered, filter);
                     _impl->completeInstancePath(instance, nameSpace);
                     sink(instance);

@@ -29,14 +29,25 @@ bool inPropertyList(const CIMPropertyList& list, const CIMName& name)
 CIMInstance filterInstance(const CIMInstance& instance, const InstanceFilter& filter)
 {
     CIMInstance result = Sdk::exclusiveInstance(instance);
-    for (Uint32 i = result.getPropertyCount(); i-- > 0;)
+    const Uint32 count = result.getPropertyCount();
+    if (filter.decisions.size() != count)
+    {
+        filter.decisions.assign(count, InstanceFilter::Decision());
+    }
+    for (Uint32 i = count; i-- > 0;)
     {
         const CIMConstProperty property = result.getProperty(i);
         const CIMName& name = property.getName();
-        bool keep = (!filter.classProperties ||
-                     filter.classProperties->count(lower(name.getString())) > 0) &&
-                    (filter.propertyList.isNull() || inPropertyList(filter.propertyList, name));
-        if (!keep)
+        InstanceFilter::Decision& known = filter.decisions[i];
+        if (known.name.isNull() || !known.name.equal(name))
+        {
+            known.name = name;
+            known.keep =
+                (!filter.classProperties ||
+                 filter.classProperties->count(lower(name.getString())) > 0) &&
+                (filter.propertyList.isNull() || inPropertyList(filter.propertyList, name));
+        }
+        if (!known.keep)
         {
             result.removeProperty(i);
         }

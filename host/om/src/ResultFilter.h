@@ -7,6 +7,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 namespace cimom
 {
@@ -28,6 +29,16 @@ struct InstanceFilter
     Pegasus::CIMPropertyList propertyList;
     bool includeQualifiers = false;
     bool includeClassOrigin = false;
+
+    /** Decisions by position, reused while instances come with the same
+        property names (an enumeration's instances all do); cleared by
+        whoever changes the rules above. */
+    struct Decision
+    {
+        Pegasus::CIMName name;
+        bool keep = false;
+    };
+    mutable std::vector<Decision> decisions;
 };
 
 /**

@@ -544,6 +544,35 @@ TEST(CimXmlWriter, EscapesEverythingXmlCannotCarryRaw)
     EXPECT_EQ(out, "<VALUE>20240102030405.000000+060</VALUE>");
 }
 
+// The in-place writer must give exactly what converting to UTF-8 and then
+// escaping gives, fast path or not, so that answers stay byte for byte.
+TEST(CimXmlWriter, InPlaceEscapingOfStringsMatchesConvertThenEscape)
+{
+    const Char16 loneSurrogate[] = {Char16('a'), Char16(0xD800), Char16('b'), Char16(0)};
+    const Char16 withNul[] = {Char16('k'), Char16(0), Char16('<'), Char16('z')};
+    const Char16 bmp[] = {Char16(0x20AC), Char16('&'), Char16(0xFFFE), Char16(0)};
+    const struct
+    {
+        const char* label;
+        String text;
+    } rows[] = {
+        {"empty", String()},
+        {"plain ASCII", String("QZ_KYRO:VLUN_5_vol01:1:2:3_10000000C9AB1234")},
+        {"markup late in the text", String("abcdefgh\"ij<kl>&m")},
+        {"controls", String("tab\there\nline\rcr\x7f")},
+        {"non-ASCII after ASCII", String("caf\xc3\xa9 cr\xc3\xa8me")},
+        {"lone surrogate", String(loneSurrogate)},
+        {"embedded NUL cuts", String(withNul, 4)},
+        {"BMP and a non-character", String(bmp)},
+    };
+    for (const auto& row : rows)
+    {
+        std::string inPlace = "prefix:";
+        cimxml::appendEscaped(inPlace, row.text);
+        EXPECT_EQ(inPlace, "prefix:" + cimxml::escape(cimxml::str(row.text))) << row.label;
+    }
+}
+
 // What the HTTP layer gets from a streamed answer.
 struct CapturedStream : StreamingBody
 {

@@ -10,8 +10,10 @@
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Sdk/Utf8.h>
 
+#include <charconv>
 #include <cinttypes>
 #include <cstdio>
+#include <string_view>
 
 using namespace Pegasus;
 
@@ -22,18 +24,35 @@ namespace cimxml
 
 namespace
 {
-void _attr(std::string& out, const char* name, const std::string& value)
+void _attr(std::string& out, const char* name, std::string_view value)
 {
     out += ' ';
     out += name;
     out += "=\"";
-    out += escape(value);
+    appendEscaped(out, value);
     out += '"';
 }
 
 void _attrName(std::string& out, const char* name, const CIMName& value)
 {
-    _attr(out, name, str(value.getString()));
+    out += ' ';
+    out += name;
+    out += "=\"";
+    appendEscaped(out, value.getString());
+    out += '"';
+}
+
+void _attrNumber(std::string& out, const char* name, Uint32 value)
+{
+    char buf[16];
+    _attr(out, name, std::string_view(buf, std::to_chars(buf, buf + sizeof(buf), value).ptr - buf));
+}
+
+// Decimal text of an integer, appended without a temporary string.
+template <class T> void _appendNumber(std::string& out, T value)
+{
+    char buf[24];
+    out.append(buf, std::to_chars(buf, buf + sizeof(buf), value).ptr);
 }
 
 void _appendUtf8(std::string& out, Uint16 c)
@@ -160,7 +179,7 @@ void _property(std::string& out, const CIMConstProperty& p)
     }
     if (value.isArray() && p.getArraySize() != 0)
     {
-        _attr(out, "ARRAYSIZE", std::to_string(p.getArraySize()));
+        _attrNumber(out, "ARRAYSIZE", p.getArraySize());
     }
     if (!p.getClassOrigin().isNull())
     {
@@ -203,7 +222,7 @@ void _parameter(std::string& out, const CIMConstParameter& p)
     }
     if (p.isArray() && p.getArraySize() != 0)
     {
-        _attr(out, "ARRAYSIZE", std::to_string(p.getArraySize()));
+        _attrNumber(out, "ARRAYSIZE", p.getArraySize());
     }
     out += '>';
     _allQualifiers(out, p);
@@ -262,7 +281,7 @@ namespace
 {
 // Length of the well-formed UTF-8 sequence at text[i] that XML 1.0 can carry
 // (no surrogates, no U+FFFE/U+FFFF), or 0.
-size_t _xmlCharLength(const std::string& text, size_t i)
+size_t _xmlCharLength(std::string_view text, size_t i)
 {
     unsigned char c = static_cast<unsigned char>(text[i]);
     size_t len = c >= 0xF0 && c <= 0xF4 ? 4 : c >= 0xE0 ? 3 : c >= 0xC2 && c < 0xE0 ? 2 : 0;
@@ -290,12 +309,33 @@ size_t _xmlCharLength(const std::string& text, size_t i)
 }
 } // namespace
 
-std::string escape(const std::string& text)
+namespace
 {
-    std::string out;
-    out.reserve(text.size());
-    for (size_t i = 0; i < text.size(); ++i)
+// Characters that go out as they are: printable ASCII but the markup ones.
+inline bool _plain(unsigned c)
+{
+    return c >= 0x20 && c < 0x7f && c != '&' && c != '<' && c != '>' && c != '"';
+}
+} // namespace
+
+void appendEscaped(std::string& out, std::string_view text)
+{
+    const size_t n = text.size();
+    size_t i = 0;
+    while (i < n)
     {
+        // Runs of plain characters are copied whole.
+        size_t run = i;
+        while (run < n && _plain(static_cast<unsigned char>(text[run])))
+        {
+            ++run;
+        }
+        out.append(text.data() + i, run - i);
+        i = run;
+        if (i == n)
+        {
+            break;
+        }
         unsigned char c = static_cast<unsigned char>(text[i]);
         if (c >= 0x80)
         {
@@ -305,11 +345,12 @@ std::string escape(const std::string& text)
             if (len == 0)
             {
                 out += "&#xFFFD;";
+                ++i;
             }
             else
             {
-                out.append(text, i, len);
-                i += len - 1;
+                out.append(text.data() + i, len);
+                i += len;
             }
             continue;
         }
@@ -338,16 +379,37 @@ std::string escape(const std::string& text)
             break;
         default:
             // XML 1.0 cannot carry other control characters at all.
-            if (c < 0x20 || c == 0x7f)
-            {
-                out += "&#xFFFD;";
-            }
-            else
-            {
-                out += static_cast<char>(c);
-            }
+            out += "&#xFFFD;";
         }
+        ++i;
     }
+}
+
+void appendEscaped(std::string& out, const String& text)
+{
+    const Char16* p = text.getChar16Data();
+    const size_t n = text.size();
+    // Names and most values are plain ASCII: written straight from UTF-16.
+    size_t start = out.size();
+    out.resize(start + n);
+    char* q = &out[start];
+    size_t i = 0;
+    for (; i < n && _plain(Uint16(p[i])); ++i)
+    {
+        q[i] = char(Uint16(p[i]));
+    }
+    out.resize(start + i);
+    if (i < n)
+    {
+        appendEscaped(out, str(String(p + i, Uint32(n - i))));
+    }
+}
+
+std::string escape(const std::string& text)
+{
+    std::string out;
+    out.reserve(text.size());
+    appendEscaped(out, text);
     return out;
 }
 
@@ -360,30 +422,28 @@ void appendScalarText(std::string& out, const CIMValue& value, Uint32 index)
         out += _item<Boolean>(value, index) ? "TRUE" : "FALSE";
         return;
     case CIMTYPE_UINT8:
-        out += std::to_string(_item<Uint8>(value, index));
+        _appendNumber(out, _item<Uint8>(value, index));
         return;
     case CIMTYPE_SINT8:
-        out += std::to_string(_item<Sint8>(value, index));
+        _appendNumber(out, _item<Sint8>(value, index));
         return;
     case CIMTYPE_UINT16:
-        out += std::to_string(_item<Uint16>(value, index));
+        _appendNumber(out, _item<Uint16>(value, index));
         return;
     case CIMTYPE_SINT16:
-        out += std::to_string(_item<Sint16>(value, index));
+        _appendNumber(out, _item<Sint16>(value, index));
         return;
     case CIMTYPE_UINT32:
-        out += std::to_string(_item<Uint32>(value, index));
+        _appendNumber(out, _item<Uint32>(value, index));
         return;
     case CIMTYPE_SINT32:
-        out += std::to_string(_item<Sint32>(value, index));
+        _appendNumber(out, _item<Sint32>(value, index));
         return;
     case CIMTYPE_UINT64:
-        snprintf(buf, sizeof(buf), "%" PRIu64, static_cast<uint64_t>(_item<Uint64>(value, index)));
-        out += buf;
+        _appendNumber(out, static_cast<uint64_t>(_item<Uint64>(value, index)));
         return;
     case CIMTYPE_SINT64:
-        snprintf(buf, sizeof(buf), "%" PRId64, static_cast<int64_t>(_item<Sint64>(value, index)));
-        out += buf;
+        _appendNumber(out, static_cast<int64_t>(_item<Sint64>(value, index)));
         return;
     case CIMTYPE_REAL32:
         snprintf(buf, sizeof(buf), "%.9g", static_cast<double>(_item<Real32>(value, index)));
@@ -397,23 +457,23 @@ void appendScalarText(std::string& out, const CIMValue& value, Uint32 index)
     {
         std::string c;
         _appendUtf8(c, _item<Char16>(value, index));
-        out += escape(c);
+        appendEscaped(out, c);
         return;
     }
     case CIMTYPE_STRING:
-        out += escape(str(_item<String>(value, index)));
+        appendEscaped(out, _item<String>(value, index));
         return;
     case CIMTYPE_DATETIME:
-        out += escape(str(_item<CIMDateTime>(value, index).toString()));
+        appendEscaped(out, _item<CIMDateTime>(value, index).toString());
         return;
     case CIMTYPE_OBJECT:
-        out += escape(_embedded(_item<CIMObject>(value, index)));
+        appendEscaped(out, _embedded(_item<CIMObject>(value, index)));
         return;
     case CIMTYPE_INSTANCE:
-        out += escape(_embedded(CIMObject(_item<CIMInstance>(value, index))));
+        appendEscaped(out, _embedded(CIMObject(_item<CIMInstance>(value, index))));
         return;
     case CIMTYPE_REFERENCE:
-        out += escape(str(_item<CIMObjectPath>(value, index).toString()));
+        appendEscaped(out, _item<CIMObjectPath>(value, index).toString());
         return;
     }
 }
@@ -488,8 +548,9 @@ void appendInstanceName(std::string& out, const CIMObjectPath& path)
             catch (const Exception&)
             {
                 // Unparsable reference text: still answer, as a plain string.
-                out += "<KEYVALUE VALUETYPE=\"string\">" + escape(str(keys[i].getValue())) +
-                       "</KEYVALUE></KEYBINDING>";
+                out += "<KEYVALUE VALUETYPE=\"string\">";
+                appendEscaped(out, keys[i].getValue());
+                out += "</KEYVALUE></KEYBINDING>";
                 continue;
             }
             appendValueReference(out, ref);
@@ -499,7 +560,7 @@ void appendInstanceName(std::string& out, const CIMObjectPath& path)
             out += "<KEYVALUE";
             _attr(out, "VALUETYPE", _keyValueType(keys[i].getType()));
             out += '>';
-            out += escape(str(keys[i].getValue()));
+            appendEscaped(out, keys[i].getValue());
             out += "</KEYVALUE>";
         }
         out += "</KEYBINDING>";
@@ -538,7 +599,7 @@ void _namespacePath(std::string& out, const CIMObjectPath& path, const String& d
                     const CIMNamespaceName& defaultNs)
 {
     out += "<NAMESPACEPATH><HOST>";
-    out += escape(str(path.getHost().size() != 0 ? path.getHost() : defaultHost));
+    appendEscaped(out, path.getHost().size() != 0 ? path.getHost() : defaultHost);
     out += "</HOST>";
     appendLocalNamespacePath(out, path.getNameSpace().isNull() ? defaultNs : path.getNameSpace());
     out += "</NAMESPACEPATH>";

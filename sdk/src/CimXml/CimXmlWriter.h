@@ -9,6 +9,7 @@
 #include <Pegasus/Common/CIMValue.h>
 
 #include <string>
+#include <string_view>
 
 namespace orv
 {
@@ -20,6 +21,11 @@ namespace cimxml
 
 std::string escape(const std::string& text);
 std::string str(const Pegasus::String& text);
+
+/// Appends text escaped for XML (invalid UTF-8 and control characters
+/// become U+FFFD); a String is cut at an embedded NUL, as str() cuts it.
+void appendEscaped(std::string& out, std::string_view text);
+void appendEscaped(std::string& out, const Pegasus::String& text);
 
 /// Text form of one scalar of a value (booleans TRUE/FALSE).
 void appendScalarText(std::string& out, const Pegasus::CIMValue& value, Pegasus::Uint32 index);

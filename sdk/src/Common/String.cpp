@@ -774,14 +774,18 @@ int String::compareNoCase(const String& s1, const String& s2)
     }
 }
 
+// Copies share their text, so names taken from one declaration compare
+// without a walk.
 Boolean String::equal(const String& s1, const String& s2)
 {
-    return s1.size() == s2.size() && compare(s1, s2) == 0;
+    return s1.size() == s2.size() &&
+           (s1.getChar16Data() == s2.getChar16Data() || compare(s1, s2) == 0);
 }
 
 Boolean String::equalNoCase(const String& s1, const String& s2)
 {
-    return s1.size() == s2.size() && compareNoCase(s1, s2) == 0;
+    return s1.size() == s2.size() &&
+           (s1.getChar16Data() == s2.getChar16Data() || compareNoCase(s1, s2) == 0);
 }
 
 Boolean operator==(const String& s1, const String& s2)

@@ -925,6 +925,20 @@ CIMDateTime ORV_Common::getCIMDateTime(long t)
     memset(&local, 0, sizeof(local));
     localtime_r(&secs, &local);
     long offsetMinutes = local.tm_gmtoff / 60;
+    // The records of one query share their sample time, so an enumeration
+    // asks for the same value thousands of times in a row.
+    struct LastValue
+    {
+        bool valid = false;
+        time_t secs = 0;
+        long offset = 0;
+        CIMDateTime value;
+    };
+    thread_local LastValue last;
+    if (last.valid && last.secs == secs && last.offset == local.tm_gmtoff)
+    {
+        return last.value;
+    }
     char text[64];
     snprintf(text, sizeof(text), "%04d%02d%02d%02d%02d%02d.%06d+%03ld", local.tm_year + 1900,
              local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec, 0,
@@ -936,6 +950,10 @@ CIMDateTime ORV_Common::getCIMDateTime(long t)
     CIMDateTime result;
     result.clear();
     result.set(String(text));
+    last.value = result;
+    last.secs = secs;
+    last.offset = local.tm_gmtoff;
+    last.valid = true;
     return result;
 }
 

@@ -5,6 +5,7 @@
 #include "RegistrationMof.h"
 #include "ResponseCollectors.h"
 #include "ResultFilter.h"
+#include <Pegasus/Sdk/Ownership.h>
 #include "Text.h"
 
 #include <cimrepo/ClassRepository.h>
@@ -328,6 +329,7 @@ struct ObjectManager::Impl
     {
         CIMObjectPath path = instance.getPath();
         bool incomplete = path.getClassName().isNull() || path.getKeyBindings().size() == 0;
+        bool changed = false;
         if (incomplete && repo.classExists(ns, instance.getClassName()))
         {
             CIMClass cls = repo.getClass(ns, instance.getClassName(), false, true, false,
@@ -335,6 +337,7 @@ struct ObjectManager::Impl
             try
             {
                 path = instance.buildPath(cls);
+                changed = true;
             }
             catch (const Exception&)
             {
@@ -343,8 +346,13 @@ struct ObjectManager::Impl
         }
         if (!path.getClassName().isNull())
         {
-            completePath(path, hostName, ns);
-            instance.setPath(path);
+            changed = completePath(path, hostName, ns) || changed;
+            // The instance may still be the provider's: copied before a change.
+            if (changed)
+            {
+                instance = Sdk::exclusiveInstance(instance);
+                instance.setPath(path);
+            }
         }
     }
 

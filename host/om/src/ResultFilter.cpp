@@ -28,16 +28,18 @@ bool inPropertyList(const CIMPropertyList& list, const CIMName& name)
 
 CIMInstance filterInstance(const CIMInstance& instance, const InstanceFilter& filter)
 {
-    CIMInstance result = Sdk::exclusiveInstance(instance);
-    const Uint32 count = result.getPropertyCount();
+    // Decided on the names alone; the instance is copied only when something
+    // is to go, and otherwise handed on as the provider made it.
+    Sdk::propertyNames(instance, filter.names);
+    const Uint32 count = Uint32(filter.names.size());
     if (filter.decisions.size() != count)
     {
         filter.decisions.assign(count, InstanceFilter::Decision());
     }
-    for (Uint32 i = count; i-- > 0;)
+    bool dropAny = false;
+    for (Uint32 i = 0; i < count; i++)
     {
-        const CIMConstProperty property = result.getProperty(i);
-        const CIMName& name = property.getName();
+        const CIMName& name = filter.names[i];
         InstanceFilter::Decision& known = filter.decisions[i];
         if (known.name.isNull() || !known.name.equal(name))
         {
@@ -47,7 +49,17 @@ CIMInstance filterInstance(const CIMInstance& instance, const InstanceFilter& fi
                  filter.classProperties->count(lower(name.getString())) > 0) &&
                 (filter.propertyList.isNull() || inPropertyList(filter.propertyList, name));
         }
-        if (!known.keep)
+        dropAny = dropAny || !known.keep;
+    }
+    if (!dropAny &&
+        !Sdk::carriesMoreThan(instance, filter.includeQualifiers, filter.includeClassOrigin))
+    {
+        return instance;
+    }
+    CIMInstance result = Sdk::exclusiveInstance(instance);
+    for (Uint32 i = count; i-- > 0;)
+    {
+        if (!filter.decisions[i].keep)
         {
             result.removeProperty(i);
         }
@@ -57,16 +69,20 @@ CIMInstance filterInstance(const CIMInstance& instance, const InstanceFilter& fi
     return result;
 }
 
-void completePath(CIMObjectPath& path, const String& host, const CIMNamespaceName& nameSpace)
+bool completePath(CIMObjectPath& path, const String& host, const CIMNamespaceName& nameSpace)
 {
+    bool changed = false;
     if (path.getHost().size() == 0)
     {
         path.setHost(host);
+        changed = true;
     }
     if (path.getNameSpace().isNull())
     {
         path.setNameSpace(nameSpace);
+        changed = true;
     }
+    return changed;
 }
 
 } // namespace cimom

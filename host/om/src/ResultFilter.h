@@ -39,18 +39,20 @@ struct InstanceFilter
         bool keep = false;
     };
     mutable std::vector<Decision> decisions;
+    mutable std::vector<Pegasus::CIMName> names; // room reused per instance
 };
 
 /**
     The instance as the request lets it through. The provider's object is
-    left alone: it is copied unless `instance`, which the caller then drops,
-    is the only handle left on it.
+    left alone: it is copied when something is to go, unless `instance`,
+    which the caller then drops, is the only handle left on it; when nothing
+    is, the result is `instance` itself, to be copied before any change.
 */
 Pegasus::CIMInstance filterInstance(const Pegasus::CIMInstance& instance,
                                     const InstanceFilter& filter);
 
-/** Fills in the host and namespace where they are empty. */
-void completePath(Pegasus::CIMObjectPath& path, const Pegasus::String& host,
+/** Fills in the host and namespace where they are empty; true if it did. */
+bool completePath(Pegasus::CIMObjectPath& path, const Pegasus::String& host,
                   const Pegasus::CIMNamespaceName& nameSpace);
 
 } // namespace cimom

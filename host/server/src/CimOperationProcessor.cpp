@@ -27,6 +27,8 @@ namespace orvhost
 namespace
 {
 const char cimPath[] = "/cimom";
+// Encoded results are handed to the connection in pieces of about this size.
+const size_t batchBytes = 64 * 1024;
 
 // A fault found while reading the parameters of an intrinsic call.
 struct ParamError
@@ -731,10 +733,12 @@ std::string CimOperationProcessor::_dispatchIntrinsic(const CimRequest& request,
                 cimxml::appendInstanceName(item, instance.getPath());
                 cimxml::appendInstance(item, instance);
                 item += "</VALUE.NAMEDINSTANCE>";
-                if (item.size() >= 64 * 1024)
+                if (item.size() >= batchBytes)
                 {
                     output.append(std::move(item));
                     item = std::string();
+                    // Room for a batch at once, not grown by doubling.
+                    item.reserve(batchBytes + 8 * 1024);
                 }
             });
         output.append(std::move(item));
@@ -749,10 +753,11 @@ std::string CimOperationProcessor::_dispatchIntrinsic(const CimRequest& request,
         std::string item;
         _dispatcher.enumerateInstanceNames(context, ns, name, [&](const CIMObjectPath& path) {
             cimxml::appendInstanceName(item, path);
-            if (item.size() >= 64 * 1024)
+            if (item.size() >= batchBytes)
             {
                 output.append(std::move(item));
                 item = std::string();
+                item.reserve(batchBytes + 8 * 1024);
             }
         });
         output.append(std::move(item));

@@ -10,7 +10,10 @@
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Sdk/Utf8.h>
 
+#include "../Common/SdkRepAccess.h"
+
 #include <charconv>
+#include <memory>
 #include <cinttypes>
 #include <cstdio>
 #include <string_view>
@@ -152,21 +155,20 @@ template <class Owner> void _allQualifiers(std::string& out, const Owner& owner)
     }
 }
 
-void _property(std::string& out, const CIMConstProperty& p)
+// The start tag of a property less its '>': element, name, type and the
+// declaration's attributes.
+void _propertyTag(std::string& out, const CIMPropertyDecl& d, CIMType type, bool isArray)
 {
-    const CIMValue& value = p.getValue();
-    CIMType type = p.getType();
-    const char* element = type == CIMTYPE_REFERENCE ? "PROPERTY.REFERENCE"
-                          : value.isArray()         ? "PROPERTY.ARRAY"
-                                                    : "PROPERTY";
     out += '<';
-    out += element;
-    _attrName(out, "NAME", p.getName());
+    out += type == CIMTYPE_REFERENCE ? "PROPERTY.REFERENCE"
+           : isArray                 ? "PROPERTY.ARRAY"
+                                     : "PROPERTY";
+    _attrName(out, "NAME", d.name);
     if (type == CIMTYPE_REFERENCE)
     {
-        if (!p.getReferenceClassName().isNull())
+        if (!d.referenceClassName.isNull())
         {
-            _attrName(out, "REFERENCECLASS", p.getReferenceClassName());
+            _attrName(out, "REFERENCECLASS", d.referenceClassName);
         }
     }
     else if (type == CIMTYPE_OBJECT || type == CIMTYPE_INSTANCE)
@@ -177,15 +179,15 @@ void _property(std::string& out, const CIMConstProperty& p)
     {
         _attr(out, "TYPE", cimTypeToString(type));
     }
-    if (value.isArray() && p.getArraySize() != 0)
+    if (isArray && d.arraySize != 0)
     {
-        _attrNumber(out, "ARRAYSIZE", p.getArraySize());
+        _attrNumber(out, "ARRAYSIZE", d.arraySize);
     }
-    if (!p.getClassOrigin().isNull())
+    if (!d.classOrigin.isNull())
     {
-        _attrName(out, "CLASSORIGIN", p.getClassOrigin());
+        _attrName(out, "CLASSORIGIN", d.classOrigin);
     }
-    if (p.getPropagated())
+    if (d.propagated)
     {
         _attr(out, "PROPAGATED", "true");
     }
@@ -193,12 +195,42 @@ void _property(std::string& out, const CIMConstProperty& p)
     {
         _attr(out, "EmbeddedObject", type == CIMTYPE_OBJECT ? "object" : "instance");
     }
+}
+
+// Every instance of a class repeats the same start tags, so each is made
+// once per declaration and copied from then on.
+void _property(std::string& out, const CIMProperty& p)
+{
+    const CIMPropertyRep& rep = *SdkRepAccess::rep(p);
+    const CIMValue& value = rep.value;
+    const CIMType type = value.getType();
+    const bool isArray = value.isArray();
+    const CIMPropertyDecl::EncodedTag* tag = rep.decl->encodedTag();
+    if (!tag)
+    {
+        auto made = std::make_unique<CIMPropertyDecl::EncodedTag>();
+        made->type = type;
+        made->isArray = isArray;
+        _propertyTag(made->text, *rep.decl, type, isArray);
+        tag = rep.decl->keepEncodedTag(std::move(made));
+    }
+    if (tag->type == type && tag->isArray == isArray)
+    {
+        out += tag->text;
+    }
+    else
+    {
+        _propertyTag(out, *rep.decl, type, isArray);
+    }
     out += '>';
-    _allQualifiers(out, p);
+    if (rep.qualifiers().count() != 0)
+    {
+        _allQualifiers(out, CIMConstProperty(p));
+    }
     appendValue(out, value);
-    out += "</";
-    out += element;
-    out += '>';
+    out += type == CIMTYPE_REFERENCE ? "</PROPERTY.REFERENCE>"
+           : isArray                 ? "</PROPERTY.ARRAY>"
+                                     : "</PROPERTY>";
 }
 
 void _parameter(std::string& out, const CIMConstParameter& p)
@@ -652,9 +684,10 @@ void appendInstance(std::string& out, const CIMConstInstance& instance)
     _attrName(out, "CLASSNAME", instance.getClassName());
     out += '>';
     _allQualifiers(out, instance);
-    for (Uint32 i = 0; i < instance.getPropertyCount(); ++i)
+    // Read through the list, not handed out one by one.
+    for (const CIMProperty& p : SdkRepAccess::rep(instance)->properties.view())
     {
-        _property(out, instance.getProperty(i));
+        _property(out, p);
     }
     out += "</INSTANCE>";
 }
@@ -669,9 +702,9 @@ void appendClass(std::string& out, const CIMConstClass& cimClass)
     }
     out += '>';
     _allQualifiers(out, cimClass);
-    for (Uint32 i = 0; i < cimClass.getPropertyCount(); ++i)
+    for (const CIMProperty& p : SdkRepAccess::rep(cimClass)->properties.view())
     {
-        _property(out, cimClass.getProperty(i));
+        _property(out, p);
     }
     for (Uint32 i = 0; i < cimClass.getMethodCount(); ++i)
     {

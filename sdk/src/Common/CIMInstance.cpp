@@ -187,16 +187,33 @@ void CIMInstance::filter(Boolean includeQualifiers, Boolean includeClassOrigin,
     {
         return;
     }
-    // The kept properties are changed in place, as handles to them may be held.
-    for (Uint32 i = rep.properties.count(); i-- > 0;)
+    // Decided on a look at the list, so that properties that stay as they
+    // are are neither handed out nor copied; the kept ones that change are
+    // changed in place, as handles to them may be held.
+    std::vector<Uint32> drop;
+    std::vector<Uint32> strip;
     {
-        const CIMProperty& p = rep.properties.get(i);
-        if (!propertyList.isNull() && !propertyList.contains(p.getName()))
+        const auto properties = rep.properties.view();
+        for (Uint32 i = 0; i < properties.size(); i++)
         {
-            rep.properties.remove(i);
-            continue;
+            const CIMProperty& p = properties[i];
+            if (!propertyList.isNull() && !propertyList.contains(p.getName()))
+            {
+                drop.push_back(i);
+            }
+            else if (SdkRepAccess::rep(p)->carries(!includeQualifiers, !includeClassOrigin))
+            {
+                strip.push_back(i);
+            }
         }
-        SdkRepAccess::rep(p)->strip(!includeQualifiers, !includeClassOrigin);
+    }
+    for (Uint32 i : strip)
+    {
+        SdkRepAccess::rep(rep.properties.get(i))->strip(!includeQualifiers, !includeClassOrigin);
+    }
+    for (size_t k = drop.size(); k-- > 0;)
+    {
+        rep.properties.remove(drop[k]);
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <Pegasus/Common/CIMClass.h>
@@ -70,72 +71,88 @@ inline void checkIndex(Uint32 index, size_t size)
 // Named elements (qualifiers, properties, methods, parameters) kept in declaration
 // order and found by name without regard to case.
 //
-// Copying a list is cheap: the copy shares the elements until either side
-// changes. Sharing is only safe while no handle to an element exists outside
-// the lists, so a list stops sharing ("exposed") once it hands out an element
-// or takes in a caller's handle; from then on it copies element by element,
-// as a plain list would. Elements shared between lists are never changed:
-// every change first gives the list elements of its own.
+// Copying a list is cheap: the copy shares the element vector, and each
+// element, until one side changes it. Sharing an element is only safe while
+// no handle to it exists outside the lists, so the list tracks, element by
+// element, which ones it has handed out ("out"): an element that is out is
+// never shared with another list, and one that is not is cloned before it
+// goes out if anything else still refers to it. An instance built from a
+// class thus costs only the elements that were reached, not the whole list.
 //
 // A const object may be read from several threads at once, and reading can
-// expose a list, so an unexposed list guards its element pointer with a
-// small lock; an exposed one changes only through non-const operations.
+// hand out an element, so every look at the vector holder goes through a
+// small lock; the vector itself changes in place only while nothing else
+// refers to it.
+// Whether anything outside a list may reach an element: a handle to it, or,
+// for elements holding lists of their own, a handle into those.
+template <class T>
+struct OutsideReach
+{
+    static bool reached(const T& x)
+    {
+        return SdkRepAccess::rep(x).use_count() > 1;
+    }
+};
+
 template <class T>
 class NamedList
 {
-public:
-    using Items = std::vector<T>;
+    struct Block
+    {
+        std::vector<T> items;
+        // Per element: handed out by the list owning this block. Empty while
+        // none is; a block with one set is never shared.
+        std::vector<unsigned char> out;
+    };
 
+public:
     // A stable read-only look at the elements, for internal walks that hand
     // out no element.
     class View
     {
     public:
-        explicit View(std::shared_ptr<Items> items) : _items(std::move(items))
+        explicit View(std::shared_ptr<const Block> block) : _block(std::move(block))
         {
         }
         size_t size() const
         {
-            return _items ? _items->size() : 0;
+            return _block ? _block->items.size() : 0;
         }
         const T& operator[](size_t i) const
         {
-            return (*_items)[i];
+            return _block->items[i];
         }
         const T* begin() const
         {
-            return _items ? _items->data() : nullptr;
+            return _block ? _block->items.data() : nullptr;
         }
         const T* end() const
         {
-            return _items ? _items->data() + _items->size() : nullptr;
+            return _block ? _block->items.data() + _block->items.size() : nullptr;
         }
 
     private:
-        std::shared_ptr<Items> _items;
+        std::shared_ptr<const Block> _block;
     };
 
     NamedList() noexcept
     {
     }
 
-    NamedList(const NamedList& x) : _items(x._independentItems())
+    NamedList(const NamedList& x) : _block(x._shareable())
     {
     }
 
-    NamedList(NamedList&& x) noexcept
-        : _items(std::move(x._items)), _exposed(x._exposed.load(std::memory_order_relaxed))
+    NamedList(NamedList&& x) noexcept : _block(std::move(x._block))
     {
-        x._exposed.store(false, std::memory_order_relaxed);
     }
 
     NamedList& operator=(const NamedList& x)
     {
         if (this != &x)
         {
-            std::shared_ptr<Items> items = x._independentItems();
-            _items.swap(items);
-            _exposed.store(false, std::memory_order_relaxed);
+            std::shared_ptr<Block> block = x._shareable();
+            _block.swap(block);
         }
         return *this;
     }
@@ -144,25 +161,38 @@ public:
     {
         if (this != &x)
         {
-            _items = std::move(x._items);
-            _exposed.store(x._exposed.load(std::memory_order_relaxed), std::memory_order_relaxed);
-            x._exposed.store(false, std::memory_order_relaxed);
+            _block = std::move(x._block);
         }
         return *this;
     }
 
     View view() const
     {
-        return View(_snapshot());
+        Guard guard(_lock);
+        return View(_block);
     }
 
+    // Names are unique in a list. Callers tend to look elements up in list
+    // order (a provider filling an instance property by property), so the
+    // search starts after the last hit.
     Uint32 find(const CIMName& name) const
     {
         View items = view();
-        for (size_t i = 0; i < items.size(); i++)
+        const size_t n = items.size();
+        size_t i = _hint.load(std::memory_order_relaxed);
+        if (i >= n)
         {
+            i = 0;
+        }
+        for (size_t k = 0; k < n; k++, i++)
+        {
+            if (i == n)
+            {
+                i = 0;
+            }
             if (items[i].getName().equal(name))
             {
+                _hint.store(Uint32(i + 1), std::memory_order_relaxed);
                 return Uint32(i);
             }
         }
@@ -181,51 +211,65 @@ public:
             throw AlreadyExistsException(String(what) + " \"" + x.getName().getString() +
                                          "\" already exists");
         }
-        _expose();
-        _mutableItems().push_back(x);
+        Block& block = _ownBlock();
+        block.items.push_back(x);
+        _markOut(block, block.items.size() - 1);
     }
 
     // Appends an element that no handle outside this list refers to.
     void adopt(T&& x)
     {
-        if (!_exposed.load(std::memory_order_relaxed))
+        Block& block = _ownBlock();
+        block.items.push_back(std::move(x));
+        if (!block.out.empty())
         {
-            _ownVector();
+            block.out.push_back(0);
         }
-        _mutableItems().push_back(std::move(x));
     }
 
     void reserve(size_t n)
     {
-        if (!_exposed.load(std::memory_order_relaxed))
-        {
-            _ownVector();
-        }
-        _mutableItems().reserve(n);
+        _ownBlock().items.reserve(n);
     }
 
     // The element itself, for a handle that goes out to a caller.
-    const T& get(Uint32 index) const
+    T get(Uint32 index) const
     {
-        _expose();
-        checkIndex(index, _items ? _items->size() : 0);
-        return (*_items)[index];
+        Guard guard(_lock);
+        checkIndex(index, _block ? _block->items.size() : 0);
+        if (!_block->out.empty() && _block->out[index])
+        {
+            return _block->items[index];
+        }
+        // Before it goes out the element must be this list's alone: the
+        // vector first, then the element.
+        if (_block.use_count() > 1)
+        {
+            _block = std::make_shared<Block>(*_block);
+        }
+        T& item = _block->items[index];
+        if (SdkRepAccess::rep(item).use_count() > 1)
+        {
+            item = item.clone();
+        }
+        _markOut(*_block, index);
+        return item;
     }
 
     void remove(Uint32 index)
     {
         checkIndex(index, count());
-        if (!_exposed.load(std::memory_order_relaxed))
+        Block& block = _ownBlock();
+        block.items.erase(block.items.begin() + index);
+        if (!block.out.empty())
         {
-            _ownVector();
+            block.out.erase(block.out.begin() + index);
         }
-        _items->erase(_items->begin() + index);
     }
 
     void clear()
     {
-        _items.reset();
-        _exposed.store(false, std::memory_order_relaxed);
+        _block.reset();
     }
 
     Uint32 count() const
@@ -233,23 +277,19 @@ public:
         return Uint32(view().size());
     }
 
-    // True when nothing but this list refers to its vector or to any element:
-    // the elements can then change without the change being seen elsewhere.
+    // True when no handle outside the lists reaches an element: every change
+    // through this list then stays this list's (shared elements are copied
+    // as they are reached).
     bool soleOwner() const
     {
-        std::shared_ptr<Items> items = _snapshot();
-        if (!items)
+        Guard guard(_lock);
+        if (!_block || _block->out.empty())
         {
             return true;
         }
-        // The snapshot itself is one more holder of the vector.
-        if (items.use_count() > 2)
+        for (size_t i = 0; i < _block->items.size(); i++)
         {
-            return false;
-        }
-        for (const T& x : *items)
-        {
-            if (SdkRepAccess::rep(x).use_count() > 1)
+            if (_block->out[i] && OutsideReach<T>::reached(_block->items[i]))
             {
                 return false;
             }
@@ -302,100 +342,66 @@ private:
         std::atomic_flag& _lock;
     };
 
-    std::shared_ptr<Items> _snapshot() const
+    static void _markOut(Block& block, size_t index)
     {
-        if (_exposed.load(std::memory_order_acquire))
-        {
-            return _items;
-        }
-        Guard guard(_lock);
-        return _items;
+        block.out.resize(block.items.size(), 0);
+        block.out[index] = 1;
     }
 
-    std::shared_ptr<Items> _clonedItems() const
+    // What a copy of this list starts from. An element handed out earlier
+    // whose handles are all gone is no longer out and can be shared again;
+    // one that a handle still reaches is cloned for the copy.
+    std::shared_ptr<Block> _shareable() const
     {
-        if (!_items || _items->empty())
+        Guard guard(_lock);
+        if (!_block || _block->out.empty())
         {
-            return nullptr;
+            return _block;
         }
-        auto copy = std::make_shared<Items>();
-        copy->reserve(_items->size());
-        for (const T& x : *_items)
+        bool reached = false;
+        for (size_t i = 0; i < _block->items.size(); i++)
         {
-            copy->push_back(x.clone());
+            if (_block->out[i] && !OutsideReach<T>::reached(_block->items[i]))
+            {
+                _block->out[i] = 0;
+            }
+            reached = reached || _block->out[i];
+        }
+        if (!reached)
+        {
+            _block->out.clear();
+            return _block;
+        }
+        auto copy = std::make_shared<Block>();
+        copy->items.reserve(_block->items.size());
+        for (size_t i = 0; i < _block->items.size(); i++)
+        {
+            const T& x = _block->items[i];
+            copy->items.push_back(_block->out[i] ? x.clone() : x);
         }
         return copy;
     }
 
-    // What a copy of this list starts from: the same elements while nobody
-    // outside can reach them, else clones.
-    std::shared_ptr<Items> _independentItems() const
+    // The block, to change: this list's own (elements may still be shared).
+    Block& _ownBlock()
     {
-        if (_exposed.load(std::memory_order_acquire))
+        if (!_block)
         {
-            return _clonedItems();
+            _block = std::make_shared<Block>();
         }
-        Guard guard(_lock);
-        if (_exposed.load(std::memory_order_relaxed))
+        else if (_block.use_count() > 1)
         {
-            return _clonedItems();
+            // Another list shares it (then nothing is out) or a reader's view
+            // holds it (then what is out stays out).
+            _block = std::make_shared<Block>(*_block);
         }
-        return _items;
+        return *_block;
     }
 
-    // Gives an unexposed list a vector of its own; the elements may still be
-    // shared with other lists.
-    void _ownVector() const
-    {
-        if (_items && _items.use_count() > 1)
-        {
-            _items = std::make_shared<Items>(*_items);
-        }
-    }
-
-    // Before a handle goes out or comes in: the vector and every element
-    // become this list's own. Until now only lists held the elements, so a
-    // use count above one means another list shares it.
-    void _expose() const
-    {
-        if (_exposed.load(std::memory_order_acquire))
-        {
-            return;
-        }
-        Guard guard(_lock);
-        if (_exposed.load(std::memory_order_relaxed))
-        {
-            return;
-        }
-        if (_items && _items.use_count() > 1)
-        {
-            _items = _clonedItems();
-        }
-        else if (_items)
-        {
-            for (T& x : *_items)
-            {
-                if (SdkRepAccess::rep(x).use_count() > 1)
-                {
-                    x = x.clone();
-                }
-            }
-        }
-        _exposed.store(true, std::memory_order_release);
-    }
-
-    Items& _mutableItems()
-    {
-        if (!_items)
-        {
-            _items = std::make_shared<Items>();
-        }
-        return *_items;
-    }
-
-    mutable std::shared_ptr<Items> _items;
-    mutable std::atomic<bool> _exposed{false};
+    mutable std::shared_ptr<Block> _block;
     mutable std::atomic_flag _lock = ATOMIC_FLAG_INIT;
+    // Only where find() starts; any value is correct.
+    mutable std::atomic<Uint32> _hint{0};
 };
 
 class CIMQualifierRep
@@ -447,8 +453,33 @@ public:
     // Before a change: the variants made so far no longer match.
     void forgetVariants();
 
+    // What a CIM-XML writer makes of a property of this declaration up to
+    // its qualifiers (the start tag less its '>'), for the value type it was
+    // made for: made once, shared by every instance of the class.
+    struct EncodedTag
+    {
+        CIMType type;
+        bool isArray;
+        std::string text;
+    };
+    const EncodedTag* encodedTag() const
+    {
+        return _encodedTag.load(std::memory_order_acquire);
+    }
+    // Keeps `tag` unless another thread was first; returns the one kept.
+    const EncodedTag* keepEncodedTag(std::unique_ptr<EncodedTag> tag) const
+    {
+        EncodedTag* none = nullptr;
+        if (_encodedTag.compare_exchange_strong(none, tag.get(), std::memory_order_acq_rel))
+        {
+            return tag.release();
+        }
+        return none;
+    }
+
 private:
     mutable std::atomic<std::shared_ptr<const CIMPropertyDecl>*> _stripped[3] = {};
+    mutable std::atomic<EncodedTag*> _encodedTag{nullptr};
 };
 
 class CIMPropertyRep
@@ -499,6 +530,19 @@ public:
             return *made.release();
         }
         return *own;
+    }
+
+    bool hasOwnQualifiers() const
+    {
+        return _ownQualifiers.load(std::memory_order_acquire) != nullptr;
+    }
+
+    // True when strip() with these arguments would change anything.
+    bool carries(bool qualifiers, bool classOrigin) const
+    {
+        return (qualifiers && (_ownQualifiers.load(std::memory_order_acquire) != nullptr ||
+                               decl->qualifiers.count() != 0)) ||
+               (classOrigin && !decl->classOrigin.isNull());
     }
 
     // Leaves out the qualifiers and/or the class origin.
@@ -557,6 +601,7 @@ inline void CIMPropertyDecl::forgetVariants()
     {
         delete slot.exchange(nullptr, std::memory_order_relaxed);
     }
+    delete _encodedTag.exchange(nullptr, std::memory_order_relaxed);
 }
 
 inline std::shared_ptr<const CIMPropertyDecl>
@@ -610,6 +655,37 @@ public:
     Boolean propagated = false;
     NamedList<CIMQualifier> qualifiers;
     NamedList<CIMParameter> parameters;
+};
+
+// A property whose qualifiers were handed out may be reached through them.
+template <>
+struct OutsideReach<CIMProperty>
+{
+    static bool reached(const CIMProperty& x)
+    {
+        const auto& rep = SdkRepAccess::rep(x);
+        return rep.use_count() > 1 || rep->hasOwnQualifiers();
+    }
+};
+
+// Methods and parameters hold lists that handles may reach into; they are
+// not worth tracking, so once handed out they stay out.
+template <>
+struct OutsideReach<CIMMethod>
+{
+    static bool reached(const CIMMethod&)
+    {
+        return true;
+    }
+};
+
+template <>
+struct OutsideReach<CIMParameter>
+{
+    static bool reached(const CIMParameter&)
+    {
+        return true;
+    }
 };
 
 // One representation serves classes and instances, so that CIMObject can share it

@@ -19,6 +19,34 @@ CIMInstance exclusiveInstance(const CIMInstance& instance)
     return instance.clone();
 }
 
+void propertyNames(const CIMConstInstance& instance, std::vector<CIMName>& names)
+{
+    const auto properties = needRep(SdkRepAccess::rep(instance)).properties.view();
+    names.clear();
+    for (const CIMProperty& p : properties)
+    {
+        names.push_back(p.getName());
+    }
+}
+
+bool carriesMoreThan(const CIMConstInstance& instance, Boolean includeQualifiers,
+                     Boolean includeClassOrigin)
+{
+    const CIMObjectRep& rep = needRep(SdkRepAccess::rep(instance));
+    if (!includeQualifiers && rep.qualifiers.count() != 0)
+    {
+        return true;
+    }
+    for (const CIMProperty& p : rep.properties.view())
+    {
+        if (SdkRepAccess::rep(p)->carries(!includeQualifiers, !includeClassOrigin))
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace Sdk
 
 PEGASUS_NAMESPACE_END

@@ -234,7 +234,7 @@ void checkFault(const FaultSpec& f)
 void Runtime::armFault(const FaultSpec& f)
 {
     checkFault(f);
-    CallId id;
+    CallId id{}; // set by callFromName, which checkFault has vetted
     callFromName(f.call.c_str(), id);
     std::lock_guard<std::mutex> lock(_impl->faultMutex);
     _impl->faults[static_cast<size_t>(id)].push_back(FaultState{f, 0, 0});

@@ -7,7 +7,9 @@ Starts the server (HTTPS off) on the model (default: the full-size
 sim/orvapi/models/large.json), then times each request below as a client
 sees it: wall time to the last byte, bytes received, the server's peak RSS
 during the request (the kernel's high-water mark, reset before each run) and
-its RSS once the answer is complete. Not a test: nothing here passes or fails.
+its RSS once the answer is complete, and the CPU time the server spent on it
+(which, unlike the wall time, does not grow when the machine is busy with
+other work). Not a test: nothing here passes or fails.
 """
 import argparse
 import base64
@@ -91,6 +93,12 @@ class Server:
             m = re.search(r"^%s:\s+(\d+) kB" % field, f.read(), re.M)
         return int(m.group(1)) * 1024
 
+    def cpu_seconds(self):
+        """User and system time the server has used so far (all threads)."""
+        with open("/proc/%d/stat" % self.proc.pid) as f:
+            fields = f.read().rsplit(")", 1)[1].split()
+        return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
     def reset_peak(self):
         with open("/proc/%d/clear_refs" % self.proc.pid, "w") as f:
             f.write("5")
@@ -159,17 +167,20 @@ def main():
         try:
             print("model %s, server pid %d, RSS at start %.0f MB"
                   % (os.path.basename(args.array), server.proc.pid, server.status("VmRSS") / 1e6))
-            print("%-46s %9s %10s %12s %12s" % ("request", "wall s", "MB", "peak RSS MB", "RSS after MB"))
+            print("%-46s %9s %9s %10s %12s %12s" % ("request", "wall s", "CPU s", "MB", "peak RSS MB",
+                                                   "RSS after MB"))
             for name, run in runs:
                 if args.only and not any(o.lower() in name.lower() for o in args.only):
                     continue
                 for _ in range(args.repeat):
                     server.reset_peak()
+                    cpu = server.cpu_seconds()
                     t = time.monotonic()
                     size = run(server)
                     wall = time.monotonic() - t
+                    cpu = server.cpu_seconds() - cpu
                     time.sleep(0.2)
-                    print("%-46s %9.2f %10.1f %12.0f %12.0f" % (name, wall, size / 1e6,
+                    print("%-46s %9.2f %9.2f %10.1f %12.0f %12.0f" % (name, wall, cpu, size / 1e6,
                           server.status("VmHWM") / 1e6, server.status("VmRSS") / 1e6), flush=True)
         finally:
             server.stop()

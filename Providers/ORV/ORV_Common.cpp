@@ -925,19 +925,23 @@ CIMDateTime ORV_Common::getCIMDateTime(long t)
     memset(&local, 0, sizeof(local));
     localtime_r(&secs, &local);
     long offsetMinutes = local.tm_gmtoff / 60;
-    // The records of one query share their sample time, so an enumeration
-    // asks for the same value thousands of times in a row.
-    struct LastValue
+    // The records of one query share their sample time (and a start time),
+    // so an enumeration asks for the same few values thousands of times.
+    struct Recent
     {
         bool valid = false;
         time_t secs = 0;
         long offset = 0;
         CIMDateTime value;
     };
-    thread_local LastValue last;
-    if (last.valid && last.secs == secs && last.offset == local.tm_gmtoff)
+    thread_local Recent recent[4];
+    thread_local unsigned next = 0;
+    for (const Recent& r : recent)
     {
-        return last.value;
+        if (r.valid && r.secs == secs && r.offset == local.tm_gmtoff)
+        {
+            return r.value;
+        }
     }
     char text[64];
     snprintf(text, sizeof(text), "%04d%02d%02d%02d%02d%02d.%06d+%03ld", local.tm_year + 1900,
@@ -950,10 +954,11 @@ CIMDateTime ORV_Common::getCIMDateTime(long t)
     CIMDateTime result;
     result.clear();
     result.set(String(text));
-    last.value = result;
-    last.secs = secs;
-    last.offset = local.tm_gmtoff;
-    last.valid = true;
+    Recent& slot = recent[next++ % 4];
+    slot.value = result;
+    slot.secs = secs;
+    slot.offset = local.tm_gmtoff;
+    slot.valid = true;
     return result;
 }
 

@@ -784,8 +784,15 @@ Boolean String::equal(const String& s1, const String& s2)
 
 Boolean String::equalNoCase(const String& s1, const String& s2)
 {
-    return s1.size() == s2.size() &&
-           (s1.getChar16Data() == s2.getChar16Data() || compareNoCase(s1, s2) == 0);
+    const Uint32 n = s1.size();
+    if (n != s2.size())
+    {
+        return false;
+    }
+    const Char16* p = s1.getChar16Data();
+    const Char16* q = s2.getChar16Data();
+    // Names are mostly spelt alike: the same bytes settle it at once.
+    return p == q || memcmp(p, q, size_t(n) * sizeof(Char16)) == 0 || compareNoCase(s1, s2) == 0;
 }
 
 Boolean operator==(const String& s1, const String& s2)

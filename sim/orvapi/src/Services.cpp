@@ -135,7 +135,9 @@ constexpr int kDefaultLevel = 2;
 
 std::mutex gMutex;
 std::atomic<int> gLevel{kDefaultLevel};
-bool gCapturing = false;
+// Read without the lock by write(), to skip the formatting of lines nobody
+// takes (trace lines, thousands per enumeration); changed under it.
+std::atomic<bool> gCapturing{false};
 std::string gCaptured;
 FILE* gFile = nullptr;
 bool gFileTried = false;
@@ -202,6 +204,10 @@ void captureEnd()
 
 void write(int level, const char* format, va_list ap)
 {
+    if (level > gLevel.load() && !gCapturing.load())
+    {
+        return;
+    }
     std::string text;
     va_list copy;
     va_copy(copy, ap);

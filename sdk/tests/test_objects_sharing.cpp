@@ -349,3 +349,79 @@ TEST(ObjectsSharing, PropertyClonesAndTheirQualifierHandles)
     EXPECT_TRUE(original.identical(copy.clone()) == false);
     EXPECT_TRUE(copy.identical(copy.clone()));
 }
+
+// Copies share the properties nobody holds a handle to, and stop sharing one
+// as soon as either side reaches it: whatever order copying, reaching and
+// changing come in, a change shows only where OpenPegasus would show it.
+TEST(ObjectsSharing, CopiesShareOnlyWhatNoHandleReaches)
+{
+    const struct
+    {
+        const char* what;
+        // Runs on `inst` (built from the class, Size set to 3 through a
+        // dropped handle) and `copy` (a clone of it taken at `cloneAt`).
+        std::function<void(CIMInstance& inst, CIMInstance& copy)> steps;
+        Uint64 instSize;
+        Uint64 copySize;
+    } cases[] = {
+        {"change the original after the clone",
+         [](CIMInstance& inst, CIMInstance& copy) {
+             copy = inst.clone();
+             inst.getProperty(0).setValue(CIMValue(Uint64(7)));
+         },
+         7, 3},
+        {"change the clone",
+         [](CIMInstance& inst, CIMInstance& copy) {
+             copy = inst.clone();
+             copy.getProperty(0).setValue(CIMValue(Uint64(8)));
+         },
+         3, 8},
+        {"a handle taken before the clone changes only the original",
+         [](CIMInstance& inst, CIMInstance& copy) {
+             CIMProperty held = inst.getProperty(0);
+             copy = inst.clone();
+             held.setValue(CIMValue(Uint64(9)));
+         },
+         9, 3},
+        {"a handle taken from the clone changes only the clone",
+         [](CIMInstance& inst, CIMInstance& copy) {
+             copy = inst.clone();
+             CIMProperty held = copy.getProperty(0);
+             inst.getProperty(0).setValue(CIMValue(Uint64(4)));
+             held.setValue(CIMValue(Uint64(5)));
+         },
+         4, 5},
+        {"clone of a clone, then both change",
+         [](CIMInstance& inst, CIMInstance& copy) {
+             CIMInstance middle = inst.clone();
+             copy = middle.clone();
+             middle.getProperty(0).setValue(CIMValue(Uint64(1)));
+             copy.getProperty(0).setValue(CIMValue(Uint64(2)));
+             EXPECT_EQ(CIMValue(Uint64(1)), middle.getProperty(0).getValue());
+         },
+         3, 2},
+        {"a handle still reaches its instance after a later get",
+         [](CIMInstance& inst, CIMInstance& copy) {
+             CIMProperty first = inst.getProperty(0);
+             copy = inst.clone();
+             inst.getProperty(0).setValue(CIMValue(Uint64(6)));
+             EXPECT_EQ(CIMValue(Uint64(6)), first.getValue());
+         },
+         6, 3},
+    };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        CIMClass cls = makeClass();
+        const std::string classBefore = dump(cls);
+        CIMInstance inst = cls.buildInstance(true, true, CIMPropertyList());
+        inst.getProperty(0).setValue(CIMValue(Uint64(3)));
+        CIMInstance copy;
+        c.steps(inst, copy);
+        EXPECT_EQ(CIMValue(c.instSize), inst.getProperty(0).getValue());
+        EXPECT_EQ(CIMValue(c.copySize), copy.getProperty(0).getValue());
+        // The property never reached stays the class's, unchanged everywhere.
+        EXPECT_EQ(CIMValue(String("n")), copy.getProperty(1).getValue());
+        EXPECT_EQ(classBefore, dump(cls));
+    }
+}

@@ -293,8 +293,9 @@ CIMInstance ORV_Common::buildInstanceSkeleton(CIMClass& cimClass)
 CIMObjectPath ORV_Common::buildInstanceIDPath(const String& host, const CIMName& className,
                                               const String& instanceID)
 {
+    static const CIMName INSTANCE_ID("InstanceID");
     Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding(CIMName("InstanceID"), instanceID, CIMKeyBinding::STRING));
+    keys.append(CIMKeyBinding(INSTANCE_ID, instanceID, CIMKeyBinding::STRING));
     return CIMObjectPath(host, NAMESPACE, className, keys);
 }
 

@@ -22,6 +22,10 @@ namespace
 typedef ORV_VolumeStatisticalDataProvider Family;
 
 const CIMName SERVED_CLASS("ORV_LUNStatisticalData");
+const CIMName P_INSTANCE_ID("InstanceID");
+const CIMName P_ELEMENT_NAME("ElementName");
+const CIMName P_STATISTIC_TIME("StatisticTime");
+const CIMName P_ELEMENT_TYPE("ElementType");
 // The shared request flow, under this provider's name and source file.
 const ORV_InstanceFrame FRAME(ClassName, SERVED_CLASS, __FILE__, __LINE__);
 const char* const ID_PREFIX = "QZ_KYRO";
@@ -245,11 +249,11 @@ CIMInstance ORV_LUNStatisticalDataProvider::buildInstance(CIMClass cimClass,
 
     CIMInstance instance = ORV_Common::buildInstanceSkeleton(cimClass);
     String instanceID = makeInstanceID(data);
-    ORV_Common::setPropertyValue(instance, CIMName("InstanceID"), instanceID);
-    ORV_Common::setPropertyValue(instance, CIMName("ElementName"), String(elementName));
-    ORV_Common::setPropertyValue(instance, CIMName("StatisticTime"),
+    ORV_Common::setPropertyValue(instance, P_INSTANCE_ID, instanceID);
+    ORV_Common::setPropertyValue(instance, P_ELEMENT_NAME, String(elementName));
+    ORV_Common::setPropertyValue(instance, P_STATISTIC_TIME,
                                  ORV_Common::getCIMDateTime(data.time));
-    ORV_Common::setPropertyValue(instance, CIMName("ElementType"), ELEMENT_TYPE_LOGICAL_UNITS);
+    ORV_Common::setPropertyValue(instance, P_ELEMENT_TYPE, ELEMENT_TYPE_LOGICAL_UNITS);
     Family::setIoCounters(instance, s.read, s.write);
 
     instance.setPath(buildObjectPath(hostAddr, instanceID));

@@ -438,7 +438,8 @@ struct HttpServerCallbacks
         if (state->stream)
         {
             auto* handle = new StreamHandle{state->stream, nullptr};
-            r = MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, 64 * 1024, &_readStream,
+            // Large reads: fewer callbacks and sends for answers of many megabytes.
+            r = MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, 256 * 1024, &_readStream,
                                                   handle, &_freeStream);
             if (r == nullptr)
             {

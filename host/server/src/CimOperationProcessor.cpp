@@ -13,6 +13,7 @@
 #include <cstdlib>
 
 #include <algorithm>
+#include <atomic>
 #include <deque>
 #include <functional>
 #include <map>
@@ -29,6 +30,26 @@ namespace
 const char cimPath[] = "/cimom";
 // Encoded results are handed to the connection in pieces of about this size.
 const size_t batchBytes = 64 * 1024;
+
+// The IRETURNVALUE of a pull: a page is megabytes, so it is sized once rather
+// than grown by doubling, and each item is let go once copied.
+void _pageOf(std::vector<std::string>& items, std::string& out)
+{
+    size_t total = 0;
+    for (const std::string& item : items)
+    {
+        total += item.size();
+    }
+    out.clear();
+    out.reserve(total + 512); // and the trailer
+    out += "<IRETURNVALUE>";
+    for (std::string& item : items)
+    {
+        out += item;
+        std::string().swap(item);
+    }
+    out += "</IRETURNVALUE>";
+}
 
 // A fault found while reading the parameters of an intrinsic call.
 struct ParamError
@@ -1002,12 +1023,7 @@ bool CimOperationProcessor::_dispatchPull(const CimRequest& request,
             op == "PullInstancesWithPath" ? EnumerationContexts::INSTANCES
                                           : EnumerationContexts::PATHS,
             max, end);
-        out = "<IRETURNVALUE>";
-        for (const std::string& item : items)
-        {
-            out += item;
-        }
-        out += "</IRETURNVALUE>";
+        _pageOf(items, out);
         _appendPullTrailer(out, end, end ? std::string() : given->text);
         return true;
     }
@@ -1087,12 +1103,18 @@ bool CimOperationProcessor::_dispatchPull(const CimRequest& request,
     const OperationContext contextCopy = context;
     const String hostName = _hostName;
     CIMOMDispatcher& dispatcher = _dispatcher;
-    auto instanceItem = [nsCopy, hostName](const CIMObjectPath& path,
-                                           const CIMConstInstance& instance) {
-        std::string item = "<VALUE.INSTANCEWITHPATH>";
+    // The objects of one enumeration encode to much the same size: each item
+    // starts with room for the last one.
+    auto lastSize = std::make_shared<std::atomic<size_t>>(0);
+    auto instanceItem = [nsCopy, hostName, lastSize](const CIMObjectPath& path,
+                                                     const CIMConstInstance& instance) {
+        std::string item;
+        item.reserve(lastSize->load(std::memory_order_relaxed) + 64);
+        item += "<VALUE.INSTANCEWITHPATH>";
         cimxml::appendInstancePath(item, path, hostName, nsCopy);
         cimxml::appendInstance(item, instance);
         item += "</VALUE.INSTANCEWITHPATH>";
+        lastSize->store(item.size(), std::memory_order_relaxed);
         return item;
     };
     auto pathItem = [nsCopy, hostName](const CIMObjectPath& path) {
@@ -1175,12 +1197,7 @@ bool CimOperationProcessor::_dispatchPull(const CimRequest& request,
     const std::string name = _contexts.open(
         user, pathsOnly ? EnumerationContexts::PATHS : EnumerationContexts::INSTANCES, producer,
         timeout, max, first, end);
-    out = "<IRETURNVALUE>";
-    for (const std::string& item : first)
-    {
-        out += item;
-    }
-    out += "</IRETURNVALUE>";
+    _pageOf(first, out);
     _appendPullTrailer(out, end, name);
     return true;
 }

@@ -27,6 +27,8 @@ namespace
 {
 const unsigned pollingThreads = 2;
 const unsigned hardLimitMargin = 8;
+// Free heap from this size on is given back after a large answer.
+const size_t trimAfterBytes = 32u << 20;
 
 std::string _peerAddress(MHD_Connection* conn)
 {
@@ -1207,9 +1209,14 @@ void HttpServer::_serve(RequestState* state)
         HttpResponse response = _handler.handle(request);
         if (response.streamed)
         {
-            // A streamed answer was a large one: give the memory it used
-            // back to the system rather than keep it for the next.
-            malloc_trim(0);
+            // A large answer: what it left free goes back to the system
+            // rather than stay with the process. Only when that is much: a
+            // client paging through pulls would otherwise have every page's
+            // memory given back and faulted in again.
+            if (mallinfo2().fordblks >= trimAfterBytes)
+            {
+                malloc_trim(0);
+            }
             return;
         }
         state->response = std::move(response);

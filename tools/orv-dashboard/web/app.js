@@ -29,6 +29,13 @@
     return value === null || value === undefined ? "–" : Number(value).toFixed(digits);
   }
 
+  // Axis labels: 150000 as 150k, so they fit a phone's chart.
+  function short(v) {
+    if (v >= 1e6) return +(v / 1e6).toFixed(2) + "M";
+    if (v >= 1e3) return +(v / 1e3).toFixed(2) + "k";
+    return +v.toFixed(2) + "";
+  }
+
   async function getJson(url) {
     const response = await fetch(url, { cache: "no-store" });
     if (!response.ok) throw new Error(url + ": HTTP " + response.status);
@@ -49,7 +56,7 @@
       scales: { y: { range: (u, min, max) => [0, max > 0 ? max * 1.1 : 1] } },
       series: [{}].concat(series.map((s) => ({ label: s.label, stroke: s.color, width: 2,
                                                fill: s.fill, points: { show: false } }))),
-      axes: [{}, { size: 60 }],
+      axes: [{}, { size: 56, values: (u, splits) => splits.map(short) }],
     };
     charts[id] = new uPlot(opts, [[]].concat(series.map(() => [])), document.getElementById(id));
   }

@@ -178,7 +178,9 @@ void StatSampler::_byMethod(Sample& sample, const Progress& progress)
         Array<CIMParamValue> in;
         in.append(CIMParamValue("ElementTypes", CIMValue(types)));
         Array<CIMParamValue> out;
+        const double started = _now();
         _client.invokeMethod(_nameSpace, _service, METHOD_NAME, in, out);
+        const double clock = (started + _now()) / 2;
         for (Uint32 i = 0; i < out.size(); ++i)
         {
             if (!String::equalNoCase(out[i].getParameterName(), "Statistics") ||
@@ -194,6 +196,7 @@ void StatSampler::_byMethod(Sample& sample, const Progress& progress)
                 _rejected += decoded.rejected;
                 for (ElementSample& element : decoded.elements)
                 {
+                    element.clockSeconds = clock;
                     sample.elements[element.id] = element;
                 }
             }

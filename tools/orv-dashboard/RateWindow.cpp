@@ -202,13 +202,14 @@ void RateWindow::add(double time, const RateResult& result)
         }
         _totals.push_back(totals);
         _fromArray = fromArray;
-        previous = std::move(_latest);
+        previous = std::move(_retired);
+        _retired = std::move(_latest);
         _latest = std::move(latest);
         _problem.clear();
         _totalsJson = _buildTotalsJson();
     }
-    // `previous` (the former sample, large on a large array) is freed here,
-    // outside the lock.
+    // `previous` (the sample before last, large on a large array) is freed
+    // here, on the polling thread and outside the lock.
 }
 
 void RateWindow::setProblem(const std::string& text)

@@ -104,6 +104,10 @@ private:
     std::deque<Totals> _totals;
     bool _fromArray = true;
     std::shared_ptr<const Latest> _latest;
+    /// The sample before `_latest`, kept until the next one arrives: a
+    /// request still reading it then never ends up freeing it (a large
+    /// array's sample takes tens of milliseconds to free).
+    std::shared_ptr<const Latest> _retired;
     std::string _problem;
     std::string _totalsJson;
 };

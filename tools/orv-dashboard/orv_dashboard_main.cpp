@@ -286,7 +286,9 @@ int main(int argc, char** argv)
             break;
         }
     }
-    poller.join();
+    // The page goes at once; the poller may be inside a request to a large
+    // array for a few seconds more.
     http.stop();
+    poller.join();
     return shared.exitStatus >= 0 ? shared.exitStatus.load() : 0;
 }

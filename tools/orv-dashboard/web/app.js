@@ -152,11 +152,11 @@
     panel.appendChild(list);
     const note = el("p", "note");
     panel.appendChild(note);
-    tables[panel.dataset.bars] = { kind: panel.dataset.bars, list, note, bars: true };
+    tables[panel.dataset.bars] = { kind: panel.dataset.bars, top: panel.dataset.top, list, note, bars: true };
   }
 
   async function refreshBars(state) {
-    const data = await getJson("api/rates?type=" + state.kind + "&sort=iops&top=64");
+    const data = await getJson("api/rates?type=" + state.kind + "&sort=iops&top=" + state.top);
     // % busy where the server reports it; otherwise the bar is the share of
     // the busiest element's IOPS.
     const busyKnown = data.rows.some((r) => r.busy_pct !== null);
@@ -179,7 +179,8 @@
     }
     state.list.replaceWith(list);
     state.list = list;
-    state.note.textContent = data.total + " in all; bars: " +
+    state.note.textContent = (data.rows.length < data.total ? "busiest " + data.rows.length + " of " : "") +
+      data.total + "; bars: " +
       (busyKnown ? "% busy as the array reports it" : "IOPS relative to the busiest (the array reports no busy figure here)");
   }
 

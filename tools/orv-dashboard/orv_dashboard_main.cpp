@@ -102,7 +102,7 @@ void _poll(const Options& o, RateWindow& window, Shared& shared)
             }
             else
             {
-                window.setProblem("waiting for the second sample");
+                window.setProblem(""); // connected: the first rates come next
             }
             previous = std::move(sample);
             havePrevious = true;
@@ -253,7 +253,6 @@ int main(int argc, char** argv)
     signal(SIGPIPE, SIG_IGN);
 
     RateWindow window(o.window, o.interval);
-    window.setProblem("waiting for the first sample");
     DashboardServer http(window, o.http);
     std::string error;
     if (!http.start(error))

@@ -29,6 +29,8 @@ IDLE = "QZ_KYRO:0123456789ABCDEF0123456789ABCDE3-Stats"
 FAST = "QZ_KYRO:FAST-Stats"
 SLOW = "QZ_KYRO:<i>SLOW</i>-Stats"  # markup in a name must stay text
 MB = 1048576
+INTERVAL = "3"  # long enough that a slow (sanitizer) build's timing blurs rates little
+RATE, RATIO = 0.05, 0.02  # tolerances
 
 failures = []
 processes = []
@@ -112,7 +114,7 @@ def start_server():
 
 def start_dashboard(server_port, name, password=PASSWORD, extra=(), env=None):
     p, out, err = start([DASHBOARD, "--url", f"http://127.0.0.1:{server_port}", "--user", "demo",
-                         "--password-stdin", "--listen", "127.0.0.1:0", "--interval", "2",
+                         "--password-stdin", "--listen", "127.0.0.1:0", "--interval", INTERVAL,
                          *extra], name, env=env, stdin=password + "\n")
     m = wait_for_line(p, out, r"serving http://127\.0\.0\.1:(\d+)/")
     if not m:
@@ -121,7 +123,7 @@ def start_dashboard(server_port, name, password=PASSWORD, extra=(), env=None):
     return p, int(m.group(1))
 
 
-def wait_for_samples(port, count, seconds=20, auth=None):
+def wait_for_samples(port, count, seconds=30, auth=None):
     deadline = time.time() + seconds
     while time.time() < deadline:
         totals = get_json(port, "/api/totals", auth)
@@ -139,12 +141,14 @@ def ids(rates):
 def run_api(server, server_port):
     _, port = start_dashboard(server_port, "dashboard")
     totals = wait_for_samples(port, 2)
-    # The array's statistics sum its ports' data traffic: port A runs 600
-    # I/O/s (75 % reads of 8 KiB at 2 ms, writes of 4 KiB at 4 ms), port B
-    # 400 (half reads, 4 KiB, 1 ms).
-    reads, writes = 600 * 0.75 + 400 * 0.5, 600 * 0.25 + 400 * 0.5
-    mbps = (450 * 8192 + 150 * 4096 + 200 * 4096 + 200 * 4096) / MB
-    latency = (450 * 2 + 150 * 4 + 200 * 1 + 200 * 1) / 1000
+    # The array's statistics sum its ports' data traffic (not the volumes',
+    # which add up to 1010 I/O/s): port A runs 900 I/O/s (75 % reads of
+    # 8 KiB at 2 ms, writes of 4 KiB at 4 ms), port B 600 (half reads,
+    # 4 KiB, 1 ms).
+    a_reads, a_writes, b_reads, b_writes = 900 * 0.75, 900 * 0.25, 600 * 0.5, 600 * 0.5
+    reads, writes = a_reads + b_reads, a_writes + b_writes
+    mbps = (a_reads * 8192 + (a_writes + b_reads + b_writes) * 4096) / MB
+    latency = (a_reads * 2 + a_writes * 4 + (b_reads + b_writes) * 1) / (reads + writes)
     if totals["source"] != "array":
         fail(f"totals from {totals['source']}, not the array's element")
     want_counts = {"array": 1, "node": 2, "port": 2, "volume": 3, "disk": 2, "lun": 0}
@@ -153,12 +157,16 @@ def run_api(server, server_port):
     if totals["problem"] is not None:
         fail(f"problem while the server answers: {totals['problem']}")
     for i in range(len(totals["time"])):
-        check(f"array IOPS #{i}", totals["total_iops"][i], reads + writes, 0.02)
-        check(f"array read IOPS #{i}", totals["read_iops"][i], reads, 0.02)
-        check(f"array write IOPS #{i}", totals["write_iops"][i], writes, 0.02)
-        check(f"array MB/s #{i}", totals["total_mbps"][i], mbps, 0.02)
-        check(f"array latency #{i}", totals["latency_ms"][i], latency, 0.02)
-    if not 1.5 <= totals["time"][-1] - totals["time"][-2] <= 4:
+        # Rates carry the jitter of when the server read its counters;
+        # ratios of counters (latency, read share) do not.
+        check(f"array IOPS #{i}", totals["total_iops"][i], reads + writes, RATE)
+        check(f"array read IOPS #{i}", totals["read_iops"][i], reads, RATE)
+        check(f"array write IOPS #{i}", totals["write_iops"][i], writes, RATE)
+        check(f"array read share #{i}", totals["read_iops"][i] / totals["total_iops"][i],
+              reads / (reads + writes), RATIO)
+        check(f"array MB/s #{i}", totals["total_mbps"][i], mbps, RATE)
+        check(f"array latency #{i}", totals["latency_ms"][i], latency, RATIO)
+    if not 2 <= totals["time"][-1] - totals["time"][-2] <= 6:
         fail(f"samples {totals['time'][-2:]} are not an interval apart")
 
     volumes = get_json(port, "/api/rates?type=volume")
@@ -166,11 +174,11 @@ def run_api(server, server_port):
         fail(f"volumes by IOPS: {ids(volumes)}")
     else:
         hot = volumes["rows"][0]
-        check("hot IOPS", hot["total_iops"], 1000, 0.02)
-        check("hot read IOPS", hot["read_iops"], 750, 0.02)
-        check("hot MB/s", hot["total_mbps"], (750 * 8192 + 250 * 4096) / MB, 0.02)
-        check("hot latency", hot["service_ms"], (750 * 2 + 250 * 4) / 1000, 0.02)
-        check("hot cache hit %", hot["cache_hit_pct"], (0.8 * 750 + 250) / 1000 * 100, 0.02)
+        check("hot IOPS", hot["total_iops"], 1000, RATE)
+        check("hot read IOPS", hot["read_iops"], 750, RATE)
+        check("hot MB/s", hot["total_mbps"], (750 * 8192 + 250 * 4096) / MB, RATE)
+        check("hot latency", hot["service_ms"], (750 * 2 + 250 * 4) / 1000, RATIO)
+        check("hot cache hit %", hot["cache_hit_pct"], (0.8 * 750 + 250) / 1000 * 100, RATIO)
         check("idle IOPS", volumes["rows"][2]["total_iops"], 0, 0)
         if volumes["rows"][2]["service_ms"] is not None:
             fail("an idle volume has a latency")
@@ -183,10 +191,10 @@ def run_api(server, server_port):
     if ids(disks) != [SLOW, FAST]:
         fail(f"disks by latency: {ids(disks)}")
     else:
-        check("slow disk latency", disks["rows"][0]["service_ms"], 20, 0.02)
+        check("slow disk latency", disks["rows"][0]["service_ms"], 20, RATIO)
     ports = get_json(port, "/api/rates?type=port")
-    check("busiest port IOPS", ports["rows"][0]["total_iops"], 600, 0.02)
-    check("second port IOPS", ports["rows"][1]["total_iops"], 400, 0.02)
+    check("busiest port IOPS", ports["rows"][0]["total_iops"], 900, RATE)
+    check("second port IOPS", ports["rows"][1]["total_iops"], 600, RATE)
     for bad in ["/api/rates?type=volumes", "/api/rates?type=volume&top=0", "/api/nothing"]:
         status, _ = get(port, bad)
         if status not in (400, 404):
@@ -257,7 +265,7 @@ def run_browser(server_port):
     if not iops:
         fail("no array IOPS on the page")
     else:
-        check("array IOPS on the page", int(iops.group(1)), 1000, 0.02)
+        check("array IOPS on the page", int(iops.group(1)), 1500, RATE)
     # A name holding markup shows as text, never as an element.
     if ">" + SLOW.replace("<", "&lt;").replace(">", "&gt;") + "<" not in dom:
         fail("the disk named with markup is not shown as text")

@@ -199,10 +199,12 @@
       charts["chart-iops"].setData([t.time, t.read_iops, t.write_iops]);
       charts["chart-mbps"].setData([t.time, t.total_mbps]);
       charts["chart-latency"].setData([t.time, t.latency_ms]);
-      const updated = n ? new Date(t.time[last] * 1000).toLocaleTimeString() : "never";
-      status.textContent = (t.problem ? t.problem + " — " : "") + "updated " + updated +
-        ", every " + t.interval_s + " s; totals from the " + (t.source === "array" ? "array's own statistics" : "sum of the volumes");
-      status.classList.toggle("problem", !!t.problem && n > 0);
+      const every = "every " + t.interval_s + " s";
+      const state = n ? "updated " + new Date(t.time[last] * 1000).toLocaleTimeString() + ", " + every +
+        "; totals from the " + (t.source === "array" ? "array's own statistics" : "sum of the volumes")
+        : "waiting for the first rates (two samples, " + every + ")";
+      status.textContent = (t.problem ? t.problem + " — " : "") + state;
+      status.classList.toggle("problem", !!t.problem);
       await Promise.all(Object.values(tables).map((s) => (s.bars ? refreshBars(s) : refreshTable(s))));
       if (t.interval_s * 1000 !== intervalMs) {
         intervalMs = t.interval_s * 1000;

@@ -29,8 +29,12 @@ IDLE = "QZ_KYRO:0123456789ABCDEF0123456789ABCDE3-Stats"
 FAST = "QZ_KYRO:FAST-Stats"
 SLOW = "QZ_KYRO:<i>SLOW</i>-Stats"  # markup in a name must stay text
 MB = 1048576
-INTERVAL = "3"  # long enough that a slow (sanitizer) build's timing blurs rates little
-RATE, RATIO = 0.05, 0.02  # tolerances
+INTERVAL = "3"
+# Rates carry the jitter of when the server read its counters within the
+# client's request: on a loaded machine (ctest -j, sanitizers) a tenth of a
+# second either way in a 3-second interval. Ratios of counters (latency,
+# read share, MB per I/O) have no such error and are held tight.
+RATE, MEAN_RATE, RATIO = 0.10, 0.05, 0.02
 
 failures = []
 processes = []
@@ -140,7 +144,7 @@ def ids(rates):
 
 def run_api(server, server_port):
     _, port = start_dashboard(server_port, "dashboard")
-    totals = wait_for_samples(port, 2)
+    totals = wait_for_samples(port, 3)
     # The array's statistics sum its ports' data traffic (not the volumes',
     # which add up to 1010 I/O/s): port A runs 900 I/O/s (75 % reads of
     # 8 KiB at 2 ms, writes of 4 KiB at 4 ms), port B 600 (half reads,
@@ -157,15 +161,18 @@ def run_api(server, server_port):
     if totals["problem"] is not None:
         fail(f"problem while the server answers: {totals['problem']}")
     for i in range(len(totals["time"])):
-        # Rates carry the jitter of when the server read its counters;
-        # ratios of counters (latency, read share) do not.
         check(f"array IOPS #{i}", totals["total_iops"][i], reads + writes, RATE)
         check(f"array read IOPS #{i}", totals["read_iops"][i], reads, RATE)
         check(f"array write IOPS #{i}", totals["write_iops"][i], writes, RATE)
         check(f"array read share #{i}", totals["read_iops"][i] / totals["total_iops"][i],
               reads / (reads + writes), RATIO)
         check(f"array MB/s #{i}", totals["total_mbps"][i], mbps, RATE)
+        check(f"array MB per I/O #{i}", totals["total_mbps"][i] / totals["total_iops"][i],
+              mbps / (reads + writes), RATIO)
         check(f"array latency #{i}", totals["latency_ms"][i], latency, RATIO)
+    # Where one interval came out long, its neighbour came out short.
+    check("array IOPS over the window", sum(totals["total_iops"]) / len(totals["time"]),
+          reads + writes, MEAN_RATE)
     if not 2 <= totals["time"][-1] - totals["time"][-2] <= 6:
         fail(f"samples {totals['time'][-2:]} are not an interval apart")
 
@@ -175,8 +182,9 @@ def run_api(server, server_port):
     else:
         hot = volumes["rows"][0]
         check("hot IOPS", hot["total_iops"], 1000, RATE)
-        check("hot read IOPS", hot["read_iops"], 750, RATE)
-        check("hot MB/s", hot["total_mbps"], (750 * 8192 + 250 * 4096) / MB, RATE)
+        check("hot read share", hot["read_iops"] / hot["total_iops"], 0.75, RATIO)
+        check("hot MB per I/O", hot["total_mbps"] / hot["total_iops"],
+              (750 * 8192 + 250 * 4096) / MB / 1000, RATIO)
         check("hot latency", hot["service_ms"], (750 * 2 + 250 * 4) / 1000, RATIO)
         check("hot cache hit %", hot["cache_hit_pct"], (0.8 * 750 + 250) / 1000 * 100, RATIO)
         check("idle IOPS", volumes["rows"][2]["total_iops"], 0, 0)

@@ -9,6 +9,7 @@ packages=(
     nlohmann-json3-dev libxml2-dev libmicrohttpd-dev libgnutls28-dev libssl-dev libcrypt-dev
     libcurl4-gnutls-dev
     sblim-wbemcli curl openssl python3
+    chromium
 )
 
 missing=()

@@ -58,7 +58,10 @@ double _interval(const ElementSample& before, const ElementSample& after, const 
     // Time stamps further apart from it (an element the array sampled at
     // another time) are taken as they are; without usable stamps (missing,
     // or fixed) the clock alone counts.
-    const double client = sa.clockSeconds - sb.clockSeconds;
+    // A sample of many types spans several requests: an element read first
+    // and one read last are seconds apart on a large array.
+    const double client = (after.clockSeconds != 0 ? after.clockSeconds : sa.clockSeconds) -
+                          (before.clockSeconds != 0 ? before.clockSeconds : sb.clockSeconds);
     if (before.statisticTimeUs != 0 && after.statisticTimeUs > before.statisticTimeUs)
     {
         const double stamped =

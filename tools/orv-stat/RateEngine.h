@@ -21,6 +21,10 @@ struct ElementSample
     std::map<std::string, uint64_t> counters;
     /// PercentBusy as the server computed it, or -1 when not given.
     int percentBusy = -1;
+    /// The client's monotonic clock in the middle of the request that read
+    /// this element, where a sample takes one request per element type; 0:
+    /// the sample's clock.
+    double clockSeconds = 0;
 };
 
 /// One sample of many elements, with the client's monotonic clock in the

@@ -64,12 +64,25 @@ bool _wanted(const std::vector<uint16_t>& types, uint16_t type)
 }
 
 // Counters of the statistics classes that the rates use.
-const char* const COUNTERS[] = {"TotalIOs",       "KBytesTransferred", "IOTimeCounter",
-                                "ReadIOs",        "ReadHitIOs",        "ReadIOTimeCounter",
-                                "KBytesRead",     "WriteIOs",          "WriteHitIOs",
-                                "WriteIOTimeCounter", "KBytesWritten"};
+const char* const COUNTERS[] = {"TotalIOs",    "KBytesTransferred",  "IOTimeCounter", "ReadIOs",
+                                "ReadHitIOs",  "ReadIOTimeCounter",  "KBytesRead",    "WriteIOs",
+                                "WriteHitIOs", "WriteIOTimeCounter", "KBytesWritten"};
 
 } // namespace
+
+void connectClient(CIMClient& client, const ServerAddress& server, const std::string& user,
+                   const std::string& password, const std::string& caCert)
+{
+    if (server.scheme == "https")
+    {
+        client.connect(server.host.c_str(), server.port, SSLContext(caCert.c_str(), nullptr),
+                       user.c_str(), password.c_str());
+    }
+    else
+    {
+        client.connect(server.host.c_str(), server.port, user.c_str(), password.c_str());
+    }
+}
 
 StatSampler::StatSampler(CIMClient& client, const CIMNamespaceName& nameSpace,
                          std::vector<uint16_t> elementTypes)
@@ -165,7 +178,9 @@ void StatSampler::_byMethod(Sample& sample, const Progress& progress)
         Array<CIMParamValue> in;
         in.append(CIMParamValue("ElementTypes", CIMValue(types)));
         Array<CIMParamValue> out;
+        const double started = _now();
         _client.invokeMethod(_nameSpace, _service, METHOD_NAME, in, out);
+        const double clock = (started + _now()) / 2;
         for (Uint32 i = 0; i < out.size(); ++i)
         {
             if (!String::equalNoCase(out[i].getParameterName(), "Statistics") ||
@@ -181,6 +196,7 @@ void StatSampler::_byMethod(Sample& sample, const Progress& progress)
                 _rejected += decoded.rejected;
                 for (ElementSample& element : decoded.elements)
                 {
+                    element.clockSeconds = clock;
                     sample.elements[element.id] = element;
                 }
             }
@@ -193,12 +209,14 @@ void StatSampler::_byMethod(Sample& sample, const Progress& progress)
 void StatSampler::_byInstances(Sample& sample, const Progress& progress)
 {
     progress("enumerating " + _std(STATISTICS_CLASS.getString()));
-    Array<CIMInstance> found = _client.enumerateInstances(_nameSpace, STATISTICS_CLASS, true, false);
+    Array<CIMInstance> found =
+        _client.enumerateInstances(_nameSpace, STATISTICS_CLASS, true, false);
     for (Uint32 i = 0; i < found.size(); ++i)
     {
         ElementSample element;
         String id;
-        if (!_get(found[i], "InstanceID", id) || !_get(found[i], "ElementType", element.elementType) ||
+        if (!_get(found[i], "InstanceID", id) ||
+            !_get(found[i], "ElementType", element.elementType) ||
             !_wanted(_types, element.elementType))
         {
             continue;

@@ -1,6 +1,7 @@
 #ifndef ORV_STAT_STATSAMPLER_H
 #define ORV_STAT_STATSAMPLER_H
 
+#include "ElementTypes.h"
 #include "StatRecords.h"
 
 #include <Pegasus/Client/CIMClient.h>
@@ -11,6 +12,11 @@
 
 namespace orvstat
 {
+
+/// Connects `client` to the server; over HTTPS the server's certificate is
+/// verified only when `caCert` names the file of its issuer.
+void connectClient(Pegasus::CIMClient& client, const ServerAddress& server, const std::string& user,
+                   const std::string& password, const std::string& caCert);
 
 /// Takes samples of block statistics from a connected client: the bulk
 /// method GetStatisticsCollection read by the manifests, or, where a server

@@ -1,6 +1,7 @@
 // orv-stat: live IOPS, throughput, latency and busy figures per statistics
 // element of a WBEM server, refreshed every interval.
 
+#include "ElementTypes.h"
 #include "RateEngine.h"
 #include "StatSampler.h"
 
@@ -29,9 +30,7 @@ const char USAGE[] =
 
 struct Options
 {
-    std::string scheme = "http";
-    std::string host = "localhost";
-    unsigned port = 5988;
+    ServerAddress server;
     std::string user;
     std::string password;
     std::string caCert;
@@ -43,77 +42,6 @@ struct Options
     std::string sort = "iops";
     std::string format = "table";
 };
-
-bool _parseUrl(const std::string& url, Options& o)
-{
-    std::string rest = url;
-    size_t scheme = rest.find("://");
-    if (scheme != std::string::npos)
-    {
-        o.scheme = rest.substr(0, scheme);
-        rest = rest.substr(scheme + 3);
-    }
-    if (o.scheme != "http" && o.scheme != "https")
-    {
-        return false;
-    }
-    o.port = o.scheme == "https" ? 5989 : 5988;
-    rest = rest.substr(0, rest.find('/'));
-    size_t colon = rest.rfind(':');
-    if (colon != std::string::npos && rest.find(']', colon) == std::string::npos)
-    {
-        o.port = static_cast<unsigned>(std::atoi(rest.substr(colon + 1).c_str()));
-        rest = rest.substr(0, colon);
-    }
-    if (!rest.empty() && rest.front() == '[' && rest.back() == ']')
-    {
-        rest = rest.substr(1, rest.size() - 2);
-    }
-    o.host = rest;
-    return !o.host.empty() && o.port != 0;
-}
-
-std::vector<uint16_t> _types(const std::string& type)
-{
-    if (type == "volume")
-        return {8};
-    if (type == "disk")
-        return {10};
-    if (type == "port")
-        return {6, 7};
-    if (type == "node")
-        return {4};
-    if (type == "array")
-        return {2};
-    if (type == "lun")
-        return {11};
-    if (type == "all")
-        return {2, 4, 6, 7, 8, 10, 11};
-    return {};
-}
-
-const char* _typeName(uint16_t type)
-{
-    switch (type)
-    {
-    case 2:
-        return "array";
-    case 4:
-        return "node";
-    case 6:
-        return "fe-port";
-    case 7:
-        return "be-port";
-    case 8:
-        return "volume";
-    case 10:
-        return "disk";
-    case 11:
-        return "lun";
-    default:
-        return "other";
-    }
-}
 
 double _sortKey(const ElementRates& r, const std::string& sort)
 {
@@ -137,27 +65,6 @@ std::string _fixed(double value, int decimals)
     return text;
 }
 
-std::string _json(const std::string& text)
-{
-    std::string out = "\"";
-    for (char c : text)
-    {
-        if (c == '"' || c == '\\')
-        {
-            out += '\\';
-        }
-        if (static_cast<unsigned char>(c) < 0x20)
-        {
-            char esc[8];
-            snprintf(esc, sizeof(esc), "\\u%04x", c);
-            out += esc;
-            continue;
-        }
-        out += c;
-    }
-    return out + "\"";
-}
-
 std::string _jsonNumber(double value)
 {
     return value < 0 ? "null" : _fixed(value, 3);
@@ -175,16 +82,16 @@ std::string _timeText()
 
 const char* _status(RateStatus status)
 {
-    return status == RateStatus::RESET ? "reset" : status == RateStatus::NO_INTERVAL ? "no-interval"
-                                                                                    : "ok";
+    return status == RateStatus::RESET         ? "reset"
+           : status == RateStatus::NO_INTERVAL ? "no-interval"
+                                               : "ok";
 }
 
 void _print(const Options& o, RateResult& result, bool& csvHeader)
 {
     std::stable_sort(result.rates.begin(), result.rates.end(),
-                     [&](const ElementRates& a, const ElementRates& b) {
-                         return _sortKey(a, o.sort) > _sortKey(b, o.sort);
-                     });
+                     [&](const ElementRates& a, const ElementRates& b)
+                     { return _sortKey(a, o.sort) > _sortKey(b, o.sort); });
     const size_t total = result.rates.size();
     if (o.top != 0 && result.rates.size() > o.top)
     {
@@ -193,12 +100,13 @@ void _print(const Options& o, RateResult& result, bool& csvHeader)
     const std::string now = _timeText();
     if (o.format == "json")
     {
-        std::string out = "{\"time\":" + _json(now) + ",\"elements\":[";
+        std::string out = "{\"time\":" + jsonQuote(now) + ",\"elements\":[";
         for (size_t i = 0; i < result.rates.size(); ++i)
         {
             const ElementRates& r = result.rates[i];
-            out += std::string(i ? "," : "") + "{\"id\":" + _json(r.id) + ",\"type\":" +
-                   _json(_typeName(r.elementType)) + ",\"status\":" + _json(_status(r.status)) +
+            out += std::string(i ? "," : "") + "{\"id\":" + jsonQuote(r.id) +
+                   ",\"type\":" + jsonQuote(elementTypeName(r.elementType)) +
+                   ",\"status\":" + jsonQuote(_status(r.status)) +
                    ",\"interval_s\":" + _jsonNumber(r.intervalSeconds) +
                    ",\"read_iops\":" + _jsonNumber(r.readIops) +
                    ",\"write_iops\":" + _jsonNumber(r.writeIops) +
@@ -215,12 +123,12 @@ void _print(const Options& o, RateResult& result, bool& csvHeader)
         out += "],\"elements_total\":" + std::to_string(total) + ",\"new\":[";
         for (size_t i = 0; i < result.added.size(); ++i)
         {
-            out += (i ? "," : "") + _json(result.added[i]);
+            out += (i ? "," : "") + jsonQuote(result.added[i]);
         }
         out += "],\"vanished\":[";
         for (size_t i = 0; i < result.vanished.size(); ++i)
         {
-            out += (i ? "," : "") + _json(result.vanished[i]);
+            out += (i ? "," : "") + jsonQuote(result.vanished[i]);
         }
         std::cout << out << "]}" << std::endl;
         return;
@@ -235,7 +143,7 @@ void _print(const Options& o, RateResult& result, bool& csvHeader)
         }
         for (const ElementRates& r : result.rates)
         {
-            std::cout << now << "," << r.id << "," << _typeName(r.elementType) << ","
+            std::cout << now << "," << r.id << "," << elementTypeName(r.elementType) << ","
                       << _status(r.status) << "," << _fixed(r.intervalSeconds, 3) << ","
                       << _fixed(r.readIops, 2) << "," << _fixed(r.writeIops, 2) << ","
                       << _fixed(r.totalIops, 2) << "," << _fixed(r.readMBps, 3) << ","
@@ -265,11 +173,12 @@ void _print(const Options& o, RateResult& result, bool& csvHeader)
     {
         if (r.status != RateStatus::OK)
         {
-            printf("%-44s %-7s %s\n", r.id.c_str(), _typeName(r.elementType), _status(r.status));
+            printf("%-44s %-7s %s\n", r.id.c_str(), elementTypeName(r.elementType),
+                   _status(r.status));
             continue;
         }
         printf("%-44s %-7s %9s %9s %9s %8s %8s %8s %7s %6s %5s\n", r.id.c_str(),
-               _typeName(r.elementType), _fixed(r.readIops, 1).c_str(),
+               elementTypeName(r.elementType), _fixed(r.readIops, 1).c_str(),
                _fixed(r.writeIops, 1).c_str(), _fixed(r.totalIops, 1).c_str(),
                _fixed(r.readMBps, 2).c_str(), _fixed(r.writeMBps, 2).c_str(),
                _fixed(r.totalMBps, 2).c_str(), _fixed(r.serviceMs, 2).c_str(),
@@ -288,7 +197,8 @@ int main(int argc, char** argv)
     for (int i = 1; i < argc; ++i)
     {
         std::string arg = argv[i];
-        auto value = [&]() -> std::string {
+        auto value = [&]() -> std::string
+        {
             if (i + 1 >= argc)
             {
                 fprintf(stderr, "orv-stat: %s needs a value\n%s", arg.c_str(), USAGE);
@@ -298,7 +208,7 @@ int main(int argc, char** argv)
         };
         if (arg == "--url")
         {
-            if (!_parseUrl(value(), o))
+            if (!parseServerUrl(value(), o.server))
             {
                 fprintf(stderr, "orv-stat: unusable URL %s\n", argv[i]);
                 return 2;
@@ -337,7 +247,7 @@ int main(int argc, char** argv)
             return 2;
         }
     }
-    const std::vector<uint16_t> types = _types(o.type);
+    const std::vector<uint16_t> types = elementTypesNamed(o.type);
     if (types.empty() || o.interval <= 0 || o.count == 0 ||
         (o.sort != "iops" && o.sort != "mbps" && o.sort != "latency" && o.sort != "busy"))
     {
@@ -350,29 +260,23 @@ int main(int argc, char** argv)
         return 2;
     }
 
-    const std::string where = o.scheme + "://" + o.host + ":" + std::to_string(o.port);
+    const std::string where =
+        o.server.scheme + "://" + o.server.host + ":" + std::to_string(o.server.port);
     CIMClient client;
     client.setTimeout(static_cast<Uint32>(std::max(10.0, o.interval * 5) * 1000));
     StatSampler sampler(client, CIMNamespaceName(o.nameSpace.c_str()), types);
     bool connected = false;
-    auto connect = [&]() {
+    auto connect = [&]()
+    {
         if (connected)
         {
             return;
         }
-        if (o.scheme == "https")
+        if (o.server.scheme == "https" && o.caCert.empty())
         {
-            if (o.caCert.empty())
-            {
-                fprintf(stderr, "orv-stat: no --cacert: the server's certificate is not verified\n");
-            }
-            client.connect(o.host.c_str(), o.port, SSLContext(o.caCert.c_str(), nullptr),
-                           o.user.c_str(), o.password.c_str());
+            fprintf(stderr, "orv-stat: no --cacert: the server's certificate is not verified\n");
         }
-        else
-        {
-            client.connect(o.host.c_str(), o.port, o.user.c_str(), o.password.c_str());
-        }
+        connectClient(client, o.server, o.user, o.password, o.caCert);
         connected = true;
     };
 
@@ -389,12 +293,14 @@ int main(int argc, char** argv)
         {
             connect();
             const bool chatty = first;
-            Sample sample = sampler.take([&](const std::string& step) {
-                if (chatty)
+            Sample sample = sampler.take(
+                [&](const std::string& step)
                 {
-                    fprintf(stderr, "orv-stat: %s: %s\n", where.c_str(), step.c_str());
-                }
-            });
+                    if (chatty)
+                    {
+                        fprintf(stderr, "orv-stat: %s: %s\n", where.c_str(), step.c_str());
+                    }
+                });
             first = false;
             if (sampler.rejectedRecords() != 0 && !havePrevious)
             {

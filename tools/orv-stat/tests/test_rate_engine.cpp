@@ -19,6 +19,12 @@ ElementSample _element(const std::string& id, int64_t timeSeconds,
     return e;
 }
 
+ElementSample _clocked(ElementSample e, double clock)
+{
+    e.clockSeconds = clock;
+    return e;
+}
+
 Sample _sample(double clock, std::vector<ElementSample> elements)
 {
     Sample s;
@@ -101,6 +107,12 @@ TEST(RateEngine, EdgeCasesOfPairs)
         RateStatus status;
         double totalIops, totalMBps, serviceMs, busy, hit;
     } cases[] = {
+        // The sample's clock says 2 s, but this element was read by requests
+        // 2.5 s apart (the other types' requests in between took longer).
+        {"the element's own request clock wins over the sample's",
+         _sample(0, {_clocked(_element("v", 10, {{"TotalIOs", 0}}), 0.2)}),
+         _sample(2, {_clocked(_element("v", 12, {{"TotalIOs", 250}}), 2.7)}), RateStatus::OK, 100,
+         0, -1, -1, -1},
         {"64-bit wrap of the I/O count",
          _sample(0, {_element("v", 10, {{"TotalIOs", MAX64 - 99}})}),
          _sample(1, {_element("v", 12, {{"TotalIOs", 100}})}), RateStatus::OK, 100, 0, -1, -1,

@@ -2,6 +2,7 @@
 // of a rate that swings periodically around the element's mean workload, so
 // it only ever grows and two samples give the configured rate on average.
 #include "Model.h"
+#include "Wwn.h"
 
 #include <algorithm>
 #include <cmath>
@@ -120,17 +121,41 @@ Clock Model::clockAt(uint64_t nowUs) const
     return c;
 }
 
-void fillVolume(const Volume& v, const Clock& c, api_VolumeStats_t& out)
+void fillVolume(const Model& m, const Volume& v, const Clock& c, api_VolumeStats_t& out)
 {
-    out = v.rec;
-    if (!v.fixedTime)
+    std::memset(&out, 0, sizeof out);
+    wwnToText(v.wwnLo, v.wwnHi, out.volDeviceID);
+    out.vvID = v.vvID;
+    m.text.copyTo(v.name, out.vvName);
+    out.vvStarted = v.started;
+    out.stats_gen = v.statsGen;
+    const FixedSample* f = v.fixed == kNoFixed ? nullptr : &m.fixedSamples[v.fixed];
+    out.time = f && f->hasTime ? f->time : sampleSeconds(c);
+    if (f && f->hasStats)
     {
-        out.time = sampleSeconds(c);
+        out.stats = f->stats;
+        out.cacheRead = f->cacheRead;
+        out.cacheWrite = f->cacheWrite;
     }
-    if (!v.fixedStats)
+    else
     {
         fillStats(v.load, c, out.stats, &out.cacheRead, &out.cacheWrite);
     }
+}
+
+void fillVVInfo(const Model& m, const Volume& v, api_VVInfo_t& out)
+{
+    std::memset(&out, 0, sizeof out);
+    // This copy of the name always ended at its first NUL.
+    const char* name = m.text.str(v.name);
+    std::memcpy(out.vvName, name, strnlen(name, sizeof out.vvName - 1));
+    wwnToText(v.wwnLo, v.wwnHi, out.vvWWN);
+    out.vvID = v.vvID;
+    out.started = v.started;
+    out.thin = v.thin;
+    out.blockSize = v.blockSize;
+    out.sizeMiB = v.sizeMiB;
+    out.usedMiB = v.usedMiB;
 }
 
 void fillDisk(const Disk& d, const Clock& c, api_DiskStats_t& out)
@@ -160,14 +185,22 @@ void fillPort(const Port& p, const Clock& c, api_PortStats_t& out)
     }
 }
 
-void fillVLun(const VLun& l, const Clock& c, api_VLunStats_t& out)
+void fillVLun(const Model& m, const VLun& l, const Clock& c, api_VLunStats_t& out)
 {
-    out = l.rec;
-    if (!l.fixedTime)
+    std::memset(&out, 0, sizeof out);
+    out.lunID = l.lunID;
+    m.text.copyTo(l.vvName, out.vvName);
+    out.portID = l.portID;
+    out.vlunType = l.vlunType;
+    out.portType = l.portType;
+    m.text.copyTo(l.hostHwid, out.host_hwid);
+    const FixedSample* f = l.fixed == kNoFixed ? nullptr : &m.fixedSamples[l.fixed];
+    out.time = f && f->hasTime ? f->time : sampleSeconds(c);
+    if (f && f->hasStats)
     {
-        out.time = sampleSeconds(c);
+        out.stats = f->stats;
     }
-    if (!l.fixedStats)
+    else
     {
         fillStats(l.load, c, out.stats, nullptr, nullptr);
     }

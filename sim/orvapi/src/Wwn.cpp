@@ -1,7 +1,5 @@
 #include "Wwn.h"
 
-#include <cstdio>
-
 namespace orvsim
 {
 
@@ -49,10 +47,16 @@ bool wwnFromText(const char* text, uint64_t& lo, uint64_t& hi)
     return true;
 }
 
+// Volume records write their WWN text on every query, so no printf here.
 void wwnToText(uint64_t lo, uint64_t hi, char* text)
 {
-    std::snprintf(text, 33, "%016llX%016llX", static_cast<unsigned long long>(hi),
-                  static_cast<unsigned long long>(lo));
+    static const char kDigits[] = "0123456789ABCDEF";
+    for (int i = 0; i < 16; ++i)
+    {
+        text[15 - i] = kDigits[(hi >> (4 * i)) & 15];
+        text[31 - i] = kDigits[(lo >> (4 * i)) & 15];
+    }
+    text[32] = '\0';
 }
 
 } // namespace orvsim

@@ -22,7 +22,9 @@ struct Elapsed
     double factor;  // current rate relative to the mean
 };
 
-Elapsed elapsed(const Workload& w, const Clock& c)
+// phaseSine: the sine of the workload's angle at boot, where the integral
+// starts.
+Elapsed elapsed(const Workload& w, const Clock& c, double phaseSine)
 {
     if (c.nowUs <= c.bootUs)
     {
@@ -31,10 +33,14 @@ Elapsed elapsed(const Workload& w, const Clock& c)
     const double e = static_cast<double>(c.nowUs - c.bootUs) / 1e6;
     const double a = std::clamp(static_cast<double>(w.burst), 0.0, 0.9);
     const double period = c.periodSec ? c.periodSec : 600;
-    const double x0 = kTwoPi * std::fmod(static_cast<double>(w.phase), period) / period;
     const double x = kTwoPi * std::fmod(e + w.phase, period) / period;
-    const double integrated = e + a * period / kTwoPi * (std::sin(x) - std::sin(x0));
+    const double integrated = e + a * period / kTwoPi * (std::sin(x) - phaseSine);
     return {std::max(integrated, 0.0), 1.0 + a * std::cos(x)};
+}
+
+Elapsed elapsed(const Workload& w, const Clock& c)
+{
+    return elapsed(w, c, workloadPhaseSine(w, c.periodSec));
 }
 
 uint64_t floorU64(double v)
@@ -67,10 +73,10 @@ uint64_t intervalBegin(const Clock& c)
     return c.bootUs + (e / c.windowUs - 1) * c.windowUs;
 }
 
-void fillStats(const Workload& w, const Clock& c, api_stats_t& s, api_cache_stats_t* cacheRead,
-               api_cache_stats_t* cacheWrite)
+void fillStats(const Workload& w, double phaseSine, const Clock& c, api_stats_t& s,
+               api_cache_stats_t* cacheRead, api_cache_stats_t* cacheWrite)
 {
-    const Elapsed el = elapsed(w, c);
+    const Elapsed el = elapsed(w, c, phaseSine);
     const double iops = std::max(0.0, static_cast<double>(w.iops));
     const double readFrac = std::clamp(static_cast<double>(w.readFrac), 0.0, 1.0);
     const uint64_t reads = floorU64(iops * readFrac * el.seconds);
@@ -127,6 +133,12 @@ int32_t pages(double v)
 
 } // namespace
 
+double workloadPhaseSine(const Workload& w, uint32_t periodSec)
+{
+    const double period = periodSec ? periodSec : 600;
+    return std::sin(kTwoPi * std::fmod(static_cast<double>(w.phase), period) / period);
+}
+
 Clock Model::clockAt(uint64_t nowUs) const
 {
     Clock c;
@@ -155,7 +167,7 @@ void fillVolume(const Model& m, const Volume& v, const Clock& c, api_VolumeStats
     }
     else
     {
-        fillStats(v.load, c, out.stats, &out.cacheRead, &out.cacheWrite);
+        fillStats(v.load, v.phaseSine, c, out.stats, &out.cacheRead, &out.cacheWrite);
     }
 }
 
@@ -183,7 +195,7 @@ void fillDisk(const Disk& d, const Clock& c, api_DiskStats_t& out)
     }
     if (!d.fixedStats)
     {
-        fillStats(d.load, c, out.stats, nullptr, nullptr);
+        fillStats(d.load, workloadPhaseSine(d.load, c.periodSec), c, out.stats, nullptr, nullptr);
     }
 }
 
@@ -196,8 +208,9 @@ void fillPort(const Port& p, const Clock& c, api_PortStats_t& out)
     }
     if (!p.fixedStats)
     {
-        fillStats(p.data, c, out.dataStats, nullptr, nullptr);
-        fillStats(p.ctl, c, out.ctlStats, nullptr, nullptr);
+        fillStats(p.data, workloadPhaseSine(p.data, c.periodSec), c, out.dataStats, nullptr,
+                  nullptr);
+        fillStats(p.ctl, workloadPhaseSine(p.ctl, c.periodSec), c, out.ctlStats, nullptr, nullptr);
     }
 }
 
@@ -218,7 +231,7 @@ void fillVLun(const Model& m, const VLun& l, const Clock& c, api_VLunStats_t& ou
     }
     else
     {
-        fillStats(l.load, c, out.stats, nullptr, nullptr);
+        fillStats(l.load, l.phaseSine, c, out.stats, nullptr, nullptr);
     }
 }
 
@@ -257,7 +270,7 @@ void fillNodeStats(const Model& m, const Clock& c, api_NodeStats_t& out)
         }
         api_stats_t s{};
         api_cache_stats_t rd{}, wr{};
-        fillStats(n.cache, c, s, &rd, &wr);
+        fillStats(n.cache, workloadPhaseSine(n.cache, c.periodSec), c, s, &rd, &wr);
         cmp_stats& cst = out.cmp_cst[i];
         cst.cmp_total_ios[0] = s.read.count;
         cst.cmp_total_ios[1] = s.write.count;

@@ -104,6 +104,7 @@ struct Volume
     uint64_t wwnLo = 0;
     uint64_t sizeMiB = 0;
     uint64_t usedMiB = 0;
+    double phaseSine = 0; // workloadPhaseSine(load, periodSec), kept to save a sine per query
     Workload load;
     uint32_t name = 0; // TextTable entry
     uint32_t vvID = 0;
@@ -135,6 +136,7 @@ struct Port
 
 struct VLun
 {
+    double phaseSine = 0; // workloadPhaseSine(load, periodSec), kept to save a sine per query
     Workload load;
     uint32_t lunID = 0;
     uint32_t vvName = 0;   // TextTable entry, shared with the volume's name where they match
@@ -213,6 +215,9 @@ struct Model
 // Builds a model from JSON text; "{}" is the embedded default.
 std::shared_ptr<const Model> buildModel(const std::string& jsonText);
 std::shared_ptr<const Model> buildDefaultModel();
+
+// Where a workload's swing starts: the sine of its phase angle.
+double workloadPhaseSine(const Workload& w, uint32_t periodSec);
 
 // Record producers: write the element's identity and the counters for the
 // clock's sample time into a record (all of it, padding included).

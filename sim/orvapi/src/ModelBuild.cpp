@@ -1046,6 +1046,7 @@ void addVolume(Model& m, const VolumeDraft& d)
     v.sizeMiB = d.info.sizeMiB;
     v.usedMiB = d.info.usedMiB;
     v.load = d.load;
+    v.phaseSine = workloadPhaseSine(v.load, m.periodSec);
     v.name = m.text.addField(d.rec.vvName);
     v.vvID = d.rec.vvID;
     v.statsGen = d.rec.stats_gen;
@@ -1245,6 +1246,7 @@ void addVLun(Model& m, const VLunDraft& d, size_t volume, TextInterner& interner
 {
     VLun l;
     l.load = d.load;
+    l.phaseSine = workloadPhaseSine(l.load, m.periodSec);
     l.lunID = d.rec.lunID;
     const bool volumeName =
         volume < m.volumes.size() &&

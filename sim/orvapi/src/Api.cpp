@@ -228,14 +228,8 @@ int32_t api_getVolumeStats_chunk(api_VolumesStats_t* out, uint64_t wwn, uint64_t
     }
     const std::vector<Volume>& vols = q.model->volumes;
     const bool all = wwn == API_WWN_ALL_VOLUMES;
-    size_t single = 0;
-    size_t total = vols.size();
-    if (!all)
-    {
-        const auto it = q.model->volumeByWwn.find(std::make_pair(wwn, wwn_re));
-        total = it == q.model->volumeByWwn.end() ? 0 : 1;
-        single = total ? it->second : 0;
-    }
+    const Volume* single = all ? nullptr : q.model->findVolume(wwn, wwn_re);
+    const size_t total = all ? vols.size() : single ? 1 : 0;
     const Window w = chunkWindow(total, cursor_id, chunkSize);
     if (q.gate.emptyChunk)
     {
@@ -248,7 +242,7 @@ int32_t api_getVolumeStats_chunk(api_VolumesStats_t* out, uint64_t wwn, uint64_t
     }
     for (size_t k = 0; k < w.n; ++k)
     {
-        fillVolume(vols[all ? w.start + k : single], q.clock, recs[k]);
+        fillVolume(*q.model, all ? vols[w.start + k] : *single, q.clock, recs[k]);
     }
     out->count = static_cast<uint32_t>(w.n);
     out->stats = recs;
@@ -288,7 +282,7 @@ int32_t api_getVVs_chunk(api_VVsInfo_t* out, uint32_t* cursor_id, uint32_t chunk
     }
     for (size_t k = 0; k < w.n; ++k)
     {
-        recs[k] = vols[w.start + k].info;
+        fillVVInfo(*q.model, vols[w.start + k], recs[k]);
     }
     out->count = static_cast<uint32_t>(w.n);
     out->vvs = recs;
@@ -529,10 +523,11 @@ int32_t api_getVLunStats(uint32_t sel1, const char* vvName, int32_t lunid, int8_
     const bool anyName = !vvName || !*vvName;
     const std::vector<VLun>& vluns = q.model->vluns;
     std::vector<uint32_t> hits;
+    const TextTable& text = q.model->text;
     for (size_t k = 0; k < vluns.size(); ++k)
     {
-        const api_VLunStats_t& r = vluns[k].rec;
-        if (!anyName && std::strcmp(r.vvName, vvName) != 0)
+        const VLun& r = vluns[k];
+        if (!anyName && std::strcmp(text.str(r.vvName), vvName) != 0)
         {
             continue;
         }
@@ -561,7 +556,7 @@ int32_t api_getVLunStats(uint32_t sel1, const char* vvName, int32_t lunid, int8_
     }
     for (size_t k = 0; k < hits.size(); ++k)
     {
-        fillVLun(vluns[hits[k]], q.clock, recs[k]);
+        fillVLun(*q.model, vluns[hits[k]], q.clock, recs[k]);
     }
     out->count = static_cast<uint32_t>(hits.size());
     out->stats = recs;

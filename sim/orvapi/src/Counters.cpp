@@ -2,10 +2,12 @@
 // of a rate that swings periodically around the element's mean workload, so
 // it only ever grows and two samples give the configured rate on average.
 #include "Model.h"
+#include "Wwn.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace orvsim
 {
@@ -20,7 +22,9 @@ struct Elapsed
     double factor;  // current rate relative to the mean
 };
 
-Elapsed elapsed(const Workload& w, const Clock& c)
+// phaseSine: the sine of the workload's angle at boot, where the integral
+// starts.
+Elapsed elapsed(const Workload& w, const Clock& c, double phaseSine)
 {
     if (c.nowUs <= c.bootUs)
     {
@@ -29,10 +33,14 @@ Elapsed elapsed(const Workload& w, const Clock& c)
     const double e = static_cast<double>(c.nowUs - c.bootUs) / 1e6;
     const double a = std::clamp(static_cast<double>(w.burst), 0.0, 0.9);
     const double period = c.periodSec ? c.periodSec : 600;
-    const double x0 = kTwoPi * std::fmod(static_cast<double>(w.phase), period) / period;
     const double x = kTwoPi * std::fmod(e + w.phase, period) / period;
-    const double integrated = e + a * period / kTwoPi * (std::sin(x) - std::sin(x0));
+    const double integrated = e + a * period / kTwoPi * (std::sin(x) - phaseSine);
     return {std::max(integrated, 0.0), 1.0 + a * std::cos(x)};
+}
+
+Elapsed elapsed(const Workload& w, const Clock& c)
+{
+    return elapsed(w, c, workloadPhaseSine(w, c.periodSec));
 }
 
 uint64_t floorU64(double v)
@@ -65,10 +73,10 @@ uint64_t intervalBegin(const Clock& c)
     return c.bootUs + (e / c.windowUs - 1) * c.windowUs;
 }
 
-void fillStats(const Workload& w, const Clock& c, api_stats_t& s, api_cache_stats_t* cacheRead,
-               api_cache_stats_t* cacheWrite)
+void fillStats(const Workload& w, double phaseSine, const Clock& c, api_stats_t& s,
+               api_cache_stats_t* cacheRead, api_cache_stats_t* cacheWrite)
 {
-    const Elapsed el = elapsed(w, c);
+    const Elapsed el = elapsed(w, c, phaseSine);
     const double iops = std::max(0.0, static_cast<double>(w.iops));
     const double readFrac = std::clamp(static_cast<double>(w.readFrac), 0.0, 1.0);
     const uint64_t reads = floorU64(iops * readFrac * el.seconds);
@@ -103,12 +111,33 @@ time_t sampleSeconds(const Clock& c)
     return static_cast<time_t>(c.nowUs / 1000000ULL);
 }
 
+// Clears a whole record, padding included, with straight-line stores: a
+// memset (or a loop the compiler turns into one) of these sizes becomes
+// `rep stos`, which costs more than all the rest of a volume's identity.
+template <size_t... I> void storeZeros(char* p, std::index_sequence<I...>)
+{
+    const uint64_t zero = 0;
+    (std::memcpy(p + 8 * I, &zero, 8), ...);
+}
+
+template <class Rec> void clearRecord(Rec& r)
+{
+    static_assert(sizeof(Rec) % 8 == 0, "records are 8-byte aligned");
+    storeZeros(reinterpret_cast<char*>(&r), std::make_index_sequence<sizeof(Rec) / 8>());
+}
+
 int32_t pages(double v)
 {
     return static_cast<int32_t>(std::clamp(v, 0.0, 2.0e9));
 }
 
 } // namespace
+
+double workloadPhaseSine(const Workload& w, uint32_t periodSec)
+{
+    const double period = periodSec ? periodSec : 600;
+    return std::sin(kTwoPi * std::fmod(static_cast<double>(w.phase), period) / period);
+}
 
 Clock Model::clockAt(uint64_t nowUs) const
 {
@@ -120,17 +149,41 @@ Clock Model::clockAt(uint64_t nowUs) const
     return c;
 }
 
-void fillVolume(const Volume& v, const Clock& c, api_VolumeStats_t& out)
+void fillVolume(const Model& m, const Volume& v, const Clock& c, api_VolumeStats_t& out)
 {
-    out = v.rec;
-    if (!v.fixedTime)
+    clearRecord(out);
+    wwnToText(v.wwnLo, v.wwnHi, out.volDeviceID);
+    out.vvID = v.vvID;
+    m.text.copyTo(v.name, out.vvName);
+    out.vvStarted = v.started;
+    out.stats_gen = v.statsGen;
+    const FixedSample* f = v.fixed == kNoFixed ? nullptr : &m.fixedSamples[v.fixed];
+    out.time = f && f->hasTime ? f->time : sampleSeconds(c);
+    if (f && f->hasStats)
     {
-        out.time = sampleSeconds(c);
+        out.stats = f->stats;
+        out.cacheRead = f->cacheRead;
+        out.cacheWrite = f->cacheWrite;
     }
-    if (!v.fixedStats)
+    else
     {
-        fillStats(v.load, c, out.stats, &out.cacheRead, &out.cacheWrite);
+        fillStats(v.load, v.phaseSine, c, out.stats, &out.cacheRead, &out.cacheWrite);
     }
+}
+
+void fillVVInfo(const Model& m, const Volume& v, api_VVInfo_t& out)
+{
+    clearRecord(out);
+    // This copy of the name always ended at its first NUL.
+    const char* name = m.text.str(v.name);
+    std::memcpy(out.vvName, name, strnlen(name, sizeof out.vvName - 1));
+    wwnToText(v.wwnLo, v.wwnHi, out.vvWWN);
+    out.vvID = v.vvID;
+    out.started = v.started;
+    out.thin = v.thin;
+    out.blockSize = v.blockSize;
+    out.sizeMiB = v.sizeMiB;
+    out.usedMiB = v.usedMiB;
 }
 
 void fillDisk(const Disk& d, const Clock& c, api_DiskStats_t& out)
@@ -142,7 +195,7 @@ void fillDisk(const Disk& d, const Clock& c, api_DiskStats_t& out)
     }
     if (!d.fixedStats)
     {
-        fillStats(d.load, c, out.stats, nullptr, nullptr);
+        fillStats(d.load, workloadPhaseSine(d.load, c.periodSec), c, out.stats, nullptr, nullptr);
     }
 }
 
@@ -155,21 +208,30 @@ void fillPort(const Port& p, const Clock& c, api_PortStats_t& out)
     }
     if (!p.fixedStats)
     {
-        fillStats(p.data, c, out.dataStats, nullptr, nullptr);
-        fillStats(p.ctl, c, out.ctlStats, nullptr, nullptr);
+        fillStats(p.data, workloadPhaseSine(p.data, c.periodSec), c, out.dataStats, nullptr,
+                  nullptr);
+        fillStats(p.ctl, workloadPhaseSine(p.ctl, c.periodSec), c, out.ctlStats, nullptr, nullptr);
     }
 }
 
-void fillVLun(const VLun& l, const Clock& c, api_VLunStats_t& out)
+void fillVLun(const Model& m, const VLun& l, const Clock& c, api_VLunStats_t& out)
 {
-    out = l.rec;
-    if (!l.fixedTime)
+    clearRecord(out);
+    out.lunID = l.lunID;
+    m.text.copyTo(l.vvName, out.vvName);
+    out.portID = l.portID;
+    out.vlunType = l.vlunType;
+    out.portType = l.portType;
+    m.text.copyTo(l.hostHwid, out.host_hwid);
+    const FixedSample* f = l.fixed == kNoFixed ? nullptr : &m.fixedSamples[l.fixed];
+    out.time = f && f->hasTime ? f->time : sampleSeconds(c);
+    if (f && f->hasStats)
     {
-        out.time = sampleSeconds(c);
+        out.stats = f->stats;
     }
-    if (!l.fixedStats)
+    else
     {
-        fillStats(l.load, c, out.stats, nullptr, nullptr);
+        fillStats(l.load, l.phaseSine, c, out.stats, nullptr, nullptr);
     }
 }
 
@@ -208,7 +270,7 @@ void fillNodeStats(const Model& m, const Clock& c, api_NodeStats_t& out)
         }
         api_stats_t s{};
         api_cache_stats_t rd{}, wr{};
-        fillStats(n.cache, c, s, &rd, &wr);
+        fillStats(n.cache, workloadPhaseSine(n.cache, c.periodSec), c, s, &rd, &wr);
         cmp_stats& cst = out.cmp_cst[i];
         cst.cmp_total_ios[0] = s.read.count;
         cst.cmp_total_ios[1] = s.write.count;

@@ -6,8 +6,9 @@
 #include "orvapi.h"
 #include "orvsim.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <map>
+#include <cstring>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -49,15 +50,69 @@ struct Clock
     uint32_t periodSec = 600;
 };
 
+// Text fields kept once per model: each entry is the image of a fixed-size
+// record field (its bytes up to the last non-NUL one), so copying it back
+// into a zeroed field reproduces the field exactly. Entry 0 is empty.
+class TextTable
+{
+public:
+    TextTable();
+    uint32_t add(const char* bytes, size_t size); // image of a field: trailing NULs dropped
+    template <size_t N> uint32_t addField(const char (&field)[N])
+    {
+        static_assert(N <= 256, "the length of an entry is kept in one byte");
+        return add(field, N);
+    }
+    // The entry as a C string: what strcmp on the original field saw.
+    const char* str(uint32_t ref) const
+    {
+        return data_.data() + ref + 1;
+    }
+    template <size_t N> void copyTo(uint32_t ref, char (&field)[N]) const // field already zeroed
+    {
+        std::memcpy(field, str(ref),
+                    std::min<size_t>(static_cast<unsigned char>(data_[ref]), N - 1));
+    }
+    bool equalsField(uint32_t ref, const char* bytes, size_t size) const;
+    void shrink()
+    {
+        data_.shrink_to_fit();
+    }
+
+private:
+    std::string data_; // per entry: length byte, bytes, NUL
+};
+
+// Model-given counters and sample time of the few elements that have them.
+struct FixedSample
+{
+    bool hasTime = false;
+    bool hasStats = false;
+    time_t time = 0;
+    api_stats_t stats{};
+    api_cache_stats_t cacheRead{};
+    api_cache_stats_t cacheWrite{};
+};
+
+constexpr uint32_t kNoFixed = UINT32_MAX;
+
+// A volume keeps only what varies; fillVolume and fillVVInfo write the
+// records from it (name and WWN text included) at query time.
 struct Volume
 {
-    api_VolumeStats_t rec{}; // identity fields; counters only when fixed
-    api_VVInfo_t info{};
     uint64_t wwnHi = 0;
     uint64_t wwnLo = 0;
+    uint64_t sizeMiB = 0;
+    uint64_t usedMiB = 0;
+    double phaseSine = 0; // workloadPhaseSine(load, periodSec), kept to save a sine per query
     Workload load;
-    bool fixedStats = false;
-    bool fixedTime = false;
+    uint32_t name = 0; // TextTable entry
+    uint32_t vvID = 0;
+    uint32_t statsGen = 0;
+    uint32_t blockSize = 0;
+    uint32_t fixed = kNoFixed; // index into Model::fixedSamples
+    uint8_t started = 0;
+    uint8_t thin = 0;
 };
 
 struct Disk
@@ -81,10 +136,15 @@ struct Port
 
 struct VLun
 {
-    api_VLunStats_t rec{};
+    double phaseSine = 0; // workloadPhaseSine(load, periodSec), kept to save a sine per query
     Workload load;
-    bool fixedStats = false;
-    bool fixedTime = false;
+    uint32_t lunID = 0;
+    uint32_t vvName = 0;   // TextTable entry, shared with the volume's name where they match
+    uint32_t hostHwid = 0; // TextTable entry; hosts are few, so entries are shared
+    uint32_t vlunType = 0;
+    port_type_t portType{};
+    uint32_t fixed = kNoFixed; // index into Model::fixedSamples
+    lpid_t portID = 0;
 };
 
 struct Node
@@ -140,24 +200,32 @@ struct Model
     std::vector<VLun> vluns;
     std::vector<User> users;
     std::vector<FaultSpec> faults;
-    // (wwnHi, wwnLo) -> index into volumes, first occurrence
-    std::map<std::pair<uint64_t, uint64_t>, uint32_t> volumeByWwn;
+    TextTable text;                        // volume names, VLUN names and host IDs
+    std::vector<FixedSample> fixedSamples; // of volumes and VLUNs
+    // Volume indexes ordered by (wwnHi, wwnLo, index), for findVolume.
+    std::vector<uint32_t> volumesByWwn;
 
     Clock clockAt(uint64_t nowUs) const;
     const Node* findNode(uint32_t number) const;
     const User* findUser(const std::string& name) const;
+    // The first volume with that WWN, or null.
+    const Volume* findVolume(uint64_t wwnHi, uint64_t wwnLo) const;
 };
 
 // Builds a model from JSON text; "{}" is the embedded default.
 std::shared_ptr<const Model> buildModel(const std::string& jsonText);
 std::shared_ptr<const Model> buildDefaultModel();
 
-// Record producers: copy the element's identity and fill in the counters
-// for the clock's sample time.
-void fillVolume(const Volume& v, const Clock& c, api_VolumeStats_t& out);
+// Where a workload's swing starts: the sine of its phase angle.
+double workloadPhaseSine(const Workload& w, uint32_t periodSec);
+
+// Record producers: write the element's identity and the counters for the
+// clock's sample time into a record (all of it, padding included).
+void fillVolume(const Model& m, const Volume& v, const Clock& c, api_VolumeStats_t& out);
+void fillVVInfo(const Model& m, const Volume& v, api_VVInfo_t& out);
 void fillDisk(const Disk& d, const Clock& c, api_DiskStats_t& out);
 void fillPort(const Port& p, const Clock& c, api_PortStats_t& out);
-void fillVLun(const VLun& l, const Clock& c, api_VLunStats_t& out);
+void fillVLun(const Model& m, const VLun& l, const Clock& c, api_VLunStats_t& out);
 void fillNodeStats(const Model& m, const Clock& c, api_NodeStats_t& out);
 void fillCpu(const Node& n, const Clock& c, cpustats& out);
 

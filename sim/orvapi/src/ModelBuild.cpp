@@ -16,6 +16,8 @@
 #include <cstring>
 #include <set>
 #include <strings.h>
+#include <tuple>
+#include <unordered_map>
 
 namespace orvsim
 {
@@ -998,14 +1000,85 @@ void buildDisks(const json& root, Model& m)
 
 // ---- volumes ------------------------------------------------------------
 
-void setVolumeWwn(Volume& v, uint64_t hi, uint64_t lo)
+// A volume as the model describes it, full records and all; only its
+// varying parts are kept (see addVolume).
+struct VolumeDraft
 {
-    v.wwnHi = hi;
+    api_VolumeStats_t rec{};
+    api_VVInfo_t info{};
+    uint64_t wwnHi = 0;
+    uint64_t wwnLo = 0;
+    Workload load;
+    bool fixedStats = false;
+    bool fixedTime = false;
+};
+
+uint32_t addFixedSample(Model& m, bool hasTime, bool hasStats, time_t time,
+                        const api_stats_t& stats, const api_cache_stats_t* cacheRead,
+                        const api_cache_stats_t* cacheWrite)
+{
+    if (!hasTime && !hasStats)
+    {
+        return kNoFixed;
+    }
+    FixedSample f;
+    f.hasTime = hasTime;
+    f.hasStats = hasStats;
+    f.time = time;
+    f.stats = stats;
+    if (cacheRead)
+    {
+        f.cacheRead = *cacheRead;
+    }
+    if (cacheWrite)
+    {
+        f.cacheWrite = *cacheWrite;
+    }
+    m.fixedSamples.push_back(f);
+    return static_cast<uint32_t>(m.fixedSamples.size() - 1);
+}
+
+void addVolume(Model& m, const VolumeDraft& d)
+{
+    Volume v;
+    v.wwnHi = d.wwnHi;
+    v.wwnLo = d.wwnLo;
+    v.sizeMiB = d.info.sizeMiB;
+    v.usedMiB = d.info.usedMiB;
+    v.load = d.load;
+    v.phaseSine = workloadPhaseSine(v.load, m.periodSec);
+    v.name = m.text.addField(d.rec.vvName);
+    v.vvID = d.rec.vvID;
+    v.statsGen = d.rec.stats_gen;
+    v.blockSize = d.info.blockSize;
+    v.started = d.rec.vvStarted;
+    v.thin = d.info.thin;
+    v.fixed = addFixedSample(m, d.fixedTime, d.fixedStats, d.rec.time, d.rec.stats,
+                             &d.rec.cacheRead, &d.rec.cacheWrite);
+    m.volumes.push_back(v);
+}
+
+// Sorted by WWN, and among equal WWNs by position, so the first match of a
+// lookup is the first such volume of the model.
+void indexVolumes(Model& m)
+{
+    m.volumesByWwn.resize(m.volumes.size());
+    for (uint32_t i = 0; i < m.volumesByWwn.size(); ++i)
+    {
+        m.volumesByWwn[i] = i;
+    }
+    const std::vector<Volume>& vols = m.volumes;
+    std::stable_sort(m.volumesByWwn.begin(), m.volumesByWwn.end(),
+                     [&vols](uint32_t a, uint32_t b) {
+                         return std::tie(vols[a].wwnHi, vols[a].wwnLo) <
+                                std::tie(vols[b].wwnHi, vols[b].wwnLo);
+                     });
+}
+
+void setVolumeWwn(VolumeDraft& v, uint64_t hi, uint64_t lo)
+{
+    v.wwnHi = hi; // the records' WWN text is written from these at query time
     v.wwnLo = lo;
-    char text[API_WWN_TEXT_LEN];
-    wwnToText(lo, hi, text);
-    setText(v.rec.volDeviceID, text);
-    setText(v.info.vvWWN, text);
 }
 
 void buildVolumes(const json& root, Model& m)
@@ -1015,7 +1088,7 @@ void buildVolumes(const json& root, Model& m)
     static const uint32_t kBlocks[] = {4096, 8192, 16384, 65536};
     for (size_t i = 0; i < count; ++i)
     {
-        Volume v;
+        VolumeDraft v;
         const std::string name = i == 0 ? ".srdata" : i == 1 ? "admin" : format("vol%04u", static_cast<uint32_t>(i));
         setText(v.rec.vvName, name);
         v.rec.vvID = static_cast<uint32_t>(i);
@@ -1128,14 +1201,65 @@ void buildVolumes(const json& root, Model& m)
         setText(v.info.vvName, v.rec.vvName);
         v.info.vvID = v.rec.vvID;
         v.info.started = v.rec.vvStarted;
-        m.volumeByWwn.emplace(std::make_pair(v.wwnHi, v.wwnLo), static_cast<uint32_t>(i));
-        m.volumes.push_back(v);
+        addVolume(m, v);
     }
+    indexVolumes(m);
 }
 
 // ---- VLUNs --------------------------------------------------------------
 
 constexpr uint32_t kHosts = 16;
+
+struct VLunDraft
+{
+    api_VLunStats_t rec{};
+    Workload load;
+    bool fixedStats = false;
+    bool fixedTime = false;
+};
+
+// Text entries of the VLUN names that are not their volume's, and of the
+// host IDs, each kept once.
+class TextInterner
+{
+public:
+    explicit TextInterner(TextTable& table) : table_(table) {}
+    template <size_t N> uint32_t field(const char (&f)[N])
+    {
+        const std::string key(f, N);
+        const auto it = known_.find(key);
+        if (it != known_.end())
+        {
+            return it->second;
+        }
+        const uint32_t ref = table_.addField(f);
+        known_.emplace(key, ref);
+        return ref;
+    }
+
+private:
+    TextTable& table_;
+    std::unordered_map<std::string, uint32_t> known_;
+};
+
+void addVLun(Model& m, const VLunDraft& d, size_t volume, TextInterner& interner)
+{
+    VLun l;
+    l.load = d.load;
+    l.phaseSine = workloadPhaseSine(l.load, m.periodSec);
+    l.lunID = d.rec.lunID;
+    const bool volumeName =
+        volume < m.volumes.size() &&
+        m.text.equalsField(m.volumes[volume].name, d.rec.vvName, sizeof d.rec.vvName);
+    l.vvName = volumeName ? m.volumes[volume].name : interner.field(d.rec.vvName);
+    l.hostHwid = interner.field(d.rec.host_hwid);
+    l.vlunType = d.rec.vlunType;
+    l.portType = d.rec.portType;
+    l.portID = d.rec.portID;
+    l.fixed =
+        addFixedSample(m, d.fixedTime, d.fixedStats, d.rec.time, d.rec.stats, nullptr, nullptr);
+    m.vluns.push_back(l);
+}
 
 void buildVLuns(const json& root, Model& m)
 {
@@ -1150,12 +1274,13 @@ void buildVLuns(const json& root, Model& m)
         }
     }
     const size_t nvol = std::max<size_t>(m.volumes.size(), 1);
+    TextInterner interner(m.text);
     for (size_t j = 0; j < count; ++j)
     {
-        VLun l;
+        VLunDraft l;
         const size_t v = j % nvol;
         const size_t path_ = j / nvol; // how many earlier paths this volume has
-        setText(l.rec.vvName, v < m.volumes.size() ? std::string(m.volumes[v].rec.vvName)
+        setText(l.rec.vvName, v < m.volumes.size() ? std::string(m.text.str(m.volumes[v].name))
                                                    : format("vol%04u", static_cast<uint32_t>(v)));
         l.rec.lunID = static_cast<uint32_t>(v % 16384);
         const uint32_t host = static_cast<uint32_t>((v + path_ * 5) % kHosts);
@@ -1242,7 +1367,7 @@ void buildVLuns(const json& root, Model& m)
                 readWorkload(it["workload"], path + ".workload", l.load);
             }
         }
-        m.vluns.push_back(l);
+        addVLun(m, l, v, interner);
     }
 }
 
@@ -1353,6 +1478,53 @@ void buildFaults(const json& root, Model& m)
 
 } // namespace
 
+TextTable::TextTable() : data_(2, '\0') {}
+
+uint32_t TextTable::add(const char* bytes, size_t size)
+{
+    while (size > 0 && bytes[size - 1] == '\0')
+    {
+        --size;
+    }
+    if (size > 255 || data_.size() + size + 2 > UINT32_MAX)
+    {
+        throw ModelError("text table full");
+    }
+    if (size == 0)
+    {
+        return 0;
+    }
+    const auto ref = static_cast<uint32_t>(data_.size());
+    data_.push_back(static_cast<char>(size));
+    data_.append(bytes, size);
+    data_.push_back('\0');
+    return ref;
+}
+
+bool TextTable::equalsField(uint32_t ref, const char* bytes, size_t size) const
+{
+    while (size > 0 && bytes[size - 1] == '\0')
+    {
+        --size;
+    }
+    return static_cast<unsigned char>(data_[ref]) == size &&
+           std::memcmp(str(ref), bytes, size) == 0;
+}
+
+const Volume* Model::findVolume(uint64_t wwnHi, uint64_t wwnLo) const
+{
+    const auto key = std::make_pair(wwnHi, wwnLo);
+    const auto it =
+        std::lower_bound(volumesByWwn.begin(), volumesByWwn.end(), key,
+                         [this](uint32_t i, const std::pair<uint64_t, uint64_t>& k)
+                         { return std::make_pair(volumes[i].wwnHi, volumes[i].wwnLo) < k; });
+    if (it == volumesByWwn.end() || volumes[*it].wwnHi != wwnHi || volumes[*it].wwnLo != wwnLo)
+    {
+        return nullptr;
+    }
+    return &volumes[*it];
+}
+
 const Node* Model::findNode(uint32_t number) const
 {
     for (const Node& n : nodes)
@@ -1428,6 +1600,7 @@ std::shared_ptr<const Model> buildModel(const std::string& jsonText)
     buildVLuns(root, *m);
     buildUsers(root, *m);
     buildFaults(root, *m);
+    m->text.shrink();
     return m;
 }
 

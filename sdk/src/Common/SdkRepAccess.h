@@ -24,6 +24,10 @@
 #include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/Exception.h>
 
+#include <cstring>
+
+#include "StringRep.h"
+
 PEGASUS_NAMESPACE_BEGIN
 
 struct SdkRepAccess
@@ -38,6 +42,11 @@ struct SdkRepAccess
     static const auto& rep(const H& handle)
     {
         return handle._rep;
+    }
+
+    static const String& text(const CIMName& name)
+    {
+        return name.cimName;
     }
 
     template <class H, class R>
@@ -83,6 +92,36 @@ inline void checkIndex(Uint32 index, size_t size)
 // hand out an element, so every look at the vector holder goes through a
 // small lock; the vector itself changes in place only while nothing else
 // refers to it.
+// Element names compared in place: the same text or the same bytes settle
+// most comparisons without a call; only a difference in case is left to
+// String.
+inline bool sameName(const CIMName& a, const CIMName& b)
+{
+    const StringRep* x = SdkRepAccess::rep(SdkRepAccess::text(a));
+    const StringRep* y = SdkRepAccess::rep(SdkRepAccess::text(b));
+    if (x == y)
+    {
+        return true;
+    }
+    const Uint32 n = x ? x->size : 0;
+    if (n != (y ? y->size : 0))
+    {
+        return false;
+    }
+    return n == 0 || memcmp(x->data, y->data, size_t(n) * sizeof(Char16)) == 0 ||
+           String::equalNoCase(SdkRepAccess::text(a), SdkRepAccess::text(b));
+}
+
+// An element's name, read as directly as its kind allows.
+template <class T>
+struct NameOf
+{
+    static const CIMName& of(const T& x)
+    {
+        return x.getName();
+    }
+};
+
 // Whether anything outside a list may reach an element: a handle to it, or,
 // for elements holding lists of their own, a handle into those.
 template <class T>
@@ -190,7 +229,7 @@ public:
             {
                 i = 0;
             }
-            if (items[i].getName().equal(name))
+            if (sameName(NameOf<T>::of(items[i]), name))
             {
                 _hint.store(Uint32(i + 1), std::memory_order_relaxed);
                 return Uint32(i);
@@ -655,6 +694,15 @@ public:
     Boolean propagated = false;
     NamedList<CIMQualifier> qualifiers;
     NamedList<CIMParameter> parameters;
+};
+
+template <>
+struct NameOf<CIMProperty>
+{
+    static const CIMName& of(const CIMProperty& x)
+    {
+        return SdkRepAccess::rep(x)->decl->name;
+    }
 };
 
 // A property whose qualifiers were handed out may be reached through them.

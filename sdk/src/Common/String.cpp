@@ -9,6 +9,8 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+
+#include "StringRep.h"
 #include <new>
 #include <ostream>
 #include <string>
@@ -228,14 +230,6 @@ CString::operator const char*() const
 // String
 //
 
-// Text shared by copies: the code units and a terminating 0, in one block.
-struct StringRep
-{
-    std::atomic<Uint32> refs;
-    Uint32 size;
-    Uint32 capacity;
-    Char16 data[1];
-};
 
 namespace
 {

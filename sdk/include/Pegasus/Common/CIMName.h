@@ -32,6 +32,7 @@ public:
 
 private:
     String cimName;
+    friend struct SdkRepAccess;
 };
 
 PEGASUS_COMMON_LINKAGE Boolean operator==(const CIMName& name1, const CIMName& name2);

@@ -106,6 +106,7 @@ private:
     void _unique(Uint32 capacity);
     // Null for "".
     StringRep* _rep;
+    friend struct SdkRepAccess;
 };
 
 PEGASUS_COMMON_LINKAGE Boolean operator==(const String& s1, const String& s2);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 
 using namespace orvhost;
 using namespace Pegasus;
@@ -448,4 +449,61 @@ TEST(CimXmlReader, EveryRequestIsBoundedByTheNamedLimits)
     Array<Uint16> types;
     repeats.inParams[0].getValue().get(types);
     EXPECT_EQ(types.size(), size_t(L::maxArrayValues));
+}
+
+TEST(CimXmlReader, TheCostliestAcceptedBodiesDecodeWellInsideTheShutdownGrace)
+{
+    // A request being decoded holds up shutdown until it is done, so the
+    // worst body the limits let through must decode in bounded time: a full
+    // default body (8 MiB) of each shape that once cost more than linear.
+    const size_t body = 8 * 1024 * 1024;
+    using L = RequestLimits;
+    auto fill = [&](const std::string& unit)
+    {
+        std::string params;
+        for (size_t i = 0; params.size() + unit.size() < body - 1024; ++i)
+        {
+            params += unit;
+        }
+        return params;
+    };
+    const std::string deepest =
+        "<IPARAMVALUE NAME=\"InstanceName\">" +
+        _nestedName(L::maxReferenceDepth, std::string(L::maxKeyValueBytes / 2, 'k')) +
+        "</IPARAMVALUE>";
+    struct Case
+    {
+        const char* what;
+        std::string request;
+    } cases[] = {
+        {"elements with the most attributes",
+         _imethod("X", fill("<IPARAMVALUE NAME=\"A\"" +
+                            _attributes(L::maxAttributesPerElement - 1) + "/>"))},
+        {"as many elements as allowed",
+         _imethod("X",
+                  _elements(L::maxElements - 10) + fill("<!--" + std::string(1000, '<') + "-->"))},
+        {"the deepest references, repeated", _imethod("GetInstance", fill(deepest))},
+        {"one element with a body's worth of attributes",
+         _imethod("X", "<IPARAMVALUE NAME=\"A\"" + _attributes(body / 10) + "/>")},
+        {"references nested 20000 deep", _getInstance(_nestedName(20000))},
+        {"the longest key values, repeated",
+         _imethod("GetInstance",
+                  fill("<IPARAMVALUE NAME=\"InstanceName\">" +
+                       _nestedName(0, std::string(L::maxKeyValueBytes, 'k')) + "</IPARAMVALUE>"))},
+    };
+    for (const Case& c : cases)
+    {
+        const auto start = std::chrono::steady_clock::now();
+        try
+        {
+            parseCimRequest(c.request);
+        }
+        catch (const CimProtocolError&)
+        {
+            // Refused is as good as decoded here; only the time counts.
+        }
+        const double seconds =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        EXPECT_LT(seconds, 10.0) << c.what << " (" << c.request.size() << " bytes)";
+    }
 }

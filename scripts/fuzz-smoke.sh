@@ -28,13 +28,14 @@ FUZZERS=(
 )
 
 echo "fuzz-smoke: building in $BUILD_DIR"
+mkdir -p "$BUILD_DIR"
 CC=clang CXX=clang++ cmake -S "$ROOT" -B "$BUILD_DIR" -DORV_BUILD_FUZZERS=ON -DORV_SANITIZE=ON \
-    -DORV_BUILD_BENCHMARKS=OFF -DCMAKE_BUILD_TYPE=Debug >"$BUILD_DIR.configure.log" 2>&1 ||
-    { cat "$BUILD_DIR.configure.log"; exit 1; }
+    -DORV_BUILD_BENCHMARKS=OFF -DCMAKE_BUILD_TYPE=Debug >"$BUILD_DIR/fuzz-smoke-configure.log" 2>&1 ||
+    { cat "$BUILD_DIR/fuzz-smoke-configure.log"; exit 1; }
 targets=()
 for f in "${FUZZERS[@]}"; do targets+=("${f%% *}"); done
-cmake --build "$BUILD_DIR" -j"$JOBS" --target "${targets[@]}" >"$BUILD_DIR.build.log" 2>&1 ||
-    { tail -50 "$BUILD_DIR.build.log"; exit 1; }
+cmake --build "$BUILD_DIR" -j"$JOBS" --target "${targets[@]}" >"$BUILD_DIR/fuzz-smoke-build.log" 2>&1 ||
+    { tail -50 "$BUILD_DIR/fuzz-smoke-build.log"; exit 1; }
 
 WORK=$(mktemp -d)
 trap 'rm -rf "$WORK"' EXIT

@@ -176,6 +176,10 @@ TEST(ObjectPathTest, IdenticalRules)
         {"C.k=10", "C.k=0xA", true},
         {"C.k=10", "C.k=11", false},
         {"C.k=1.5", "C.k=15e-1", true},
+        // Reals beyond the integers' range compare as reals.
+        {"C.k=1e22", "C.k=10000000000000000000000.0", true},
+        {"C.k=-1E+22", "C.k=-1e22", true},
+        {"C.k=1e22", "C.k=1e21", false},
         {"C.k=true", "C.k=TRUE", true},
         {"C.k=true", "C.k=\"true\"", false},
         {"C.k=1", "C.k=1,j=2", false},

@@ -9,6 +9,7 @@
 
 #include <cstring>
 #include <memory>
+#include <new>
 #include <set>
 
 using namespace Pegasus;
@@ -33,6 +34,24 @@ struct DocFree
     }
 };
 
+// An array parameter's values counted before any is decoded.
+void _checkArraySize(const std::string& name, const xmlNode* value)
+{
+    if (!isElement(value, "VALUE.ARRAY") && !isElement(value, "VALUE.REFARRAY"))
+    {
+        return;
+    }
+    size_t values = 0;
+    for (const xmlNode* item = value->children; item; item = item->next)
+    {
+        if (item->type == XML_ELEMENT_NODE && ++values > RequestLimits::maxArrayValues)
+        {
+            fault("parameter " + name + " holds more than " +
+                  std::to_string(RequestLimits::maxArrayValues) + " values, the limit");
+        }
+    }
+}
+
 IParam _iparam(const xmlNode* node)
 {
     IParam param;
@@ -49,6 +68,7 @@ IParam _iparam(const xmlNode* node)
     }
     const xmlNode* value = kids[0];
     param.element = nodeName(value);
+    _checkArraySize(param.name, value);
     if (isElement(value, "VALUE"))
     {
         param.kind = IParam::VALUE;
@@ -84,9 +104,11 @@ IParam _iparam(const xmlNode* node)
     else if (isElement(value, "VALUE.NAMEDINSTANCE"))
     {
         std::vector<const xmlNode*> parts = elementChildren(value);
-        if (parts.size() != 2 || !isElement(parts[0], "INSTANCENAME") || !isElement(parts[1], "INSTANCE"))
+        if (parts.size() != 2 || !isElement(parts[0], "INSTANCENAME") ||
+            !isElement(parts[1], "INSTANCE"))
         {
-            fault("VALUE.NAMEDINSTANCE of " + param.name + " needs an INSTANCENAME and an INSTANCE");
+            fault("VALUE.NAMEDINSTANCE of " + param.name +
+                  " needs an INSTANCENAME and an INSTANCE");
         }
         param.kind = IParam::NAMED_INSTANCE;
         param.path = decodeInstanceName(parts[0]);
@@ -99,7 +121,6 @@ IParam _iparam(const xmlNode* node)
     }
     return param;
 }
-
 
 void _checkVersion(const xmlNode* node, const char* attr, const char* errorName)
 {
@@ -140,7 +161,8 @@ void _decodeCall(const xmlNode* call, CimRequest& request)
         }
         return;
     }
-    if (kids.empty() || !(isElement(kids[0], "LOCALINSTANCEPATH") || isElement(kids[0], "LOCALCLASSPATH")))
+    if (kids.empty() ||
+        !(isElement(kids[0], "LOCALINSTANCEPATH") || isElement(kids[0], "LOCALCLASSPATH")))
     {
         throw CimProtocolError(400, notValid,
                                "METHODCALL needs a LOCALINSTANCEPATH or LOCALCLASSPATH");
@@ -159,6 +181,11 @@ void _decodeCall(const xmlNode* call, CimRequest& request)
         {
             throw CimProtocolError(400, notValid,
                                    "unexpected " + nodeName(kids[next]) + " in METHODCALL");
+        }
+        std::vector<const xmlNode*> values = elementChildren(kids[next]);
+        if (!values.empty())
+        {
+            _checkArraySize(requiredAttribute(kids[next], "NAME"), values[0]);
         }
         CIMParamValue param = decodeParamValue(kids[next]);
         String folded = param.getParameterName();
@@ -266,9 +293,7 @@ void _prescan(const std::string& body)
 }
 } // namespace
 
-static void _quietXmlError(void*, const char*, ...)
-{
-}
+static void _quietXmlError(void*, const char*, ...) {}
 
 void initXmlLibrary()
 {
@@ -378,6 +403,13 @@ CimRequest parseCimRequest(const std::string& body)
     {
         request.errorCode = CIM_ERR_INVALID_PARAMETER;
         request.errorText = (const char*)e.getMessage().getCString();
+    }
+    catch (const std::bad_alloc&)
+    {
+        // The message is known by now, so the client gets a CIM error for
+        // it rather than a bare HTTP failure.
+        request.errorCode = CIM_ERR_FAILED;
+        request.errorText = "out of memory while decoding the request";
     }
     return request;
 }

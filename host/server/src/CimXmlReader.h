@@ -91,6 +91,11 @@ struct RequestLimits
     static const size_t maxAttributesPerElement = 64;
     /// Elements in one request, tags of every kind counted.
     static const size_t maxElements = 100000;
+    /// Values in one array parameter. A repeated value is served once per
+    /// repeat (GetStatisticsCollection's ElementTypes), so without a cap a
+    /// small request buys work in proportion to the elements limit. The
+    /// widest array a client sends, a property list, stays far below it.
+    static const size_t maxArrayValues = 1024;
     /// The path limits, which the shared decoder applies to every message.
     static const size_t maxKeyValueBytes = ::orv::cimxml::PathLimits::maxKeyValueBytes;
     static const unsigned maxReferenceDepth = ::orv::cimxml::PathLimits::maxReferenceDepth;

@@ -3,13 +3,16 @@
 #include <Pegasus/Common/CIMValue.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
+
 using namespace orvhost;
 using namespace Pegasus;
 
 namespace
 {
-std::string _envelope(const std::string& call, const std::string& cimAttrs =
-                                                   "CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"",
+std::string _envelope(const std::string& call,
+                      const std::string& cimAttrs = "CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"",
                       const std::string& protocol = "1.0")
 {
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?><CIM " + cimAttrs +
@@ -50,25 +53,27 @@ TEST(CimXmlReader, RefusesWhatHttpMustRefuse)
         {"unclosed", "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE>", 400,
          "request-not-well-formed"},
         {"wrong root", "<FOO/>", 400, "request-not-valid"},
-        {"DOCTYPE", "<!DOCTYPE CIM [<!ENTITY a \"aaaa\">]><CIM CIMVERSION=\"2.0\" "
-                    "DTDVERSION=\"2.0\"/>",
+        {"DOCTYPE",
+         "<!DOCTYPE CIM [<!ENTITY a \"aaaa\">]><CIM CIMVERSION=\"2.0\" "
+         "DTDVERSION=\"2.0\"/>",
          400, "request-not-valid"},
         {"no CIMVERSION", _envelope("", "DTDVERSION=\"2.0\""), 400, "request-not-valid"},
         {"CIM 3", _envelope("", "CIMVERSION=\"3.0\" DTDVERSION=\"2.0\""), 501,
          "unsupported-cim-version"},
         {"DTD 1", _envelope("", "CIMVERSION=\"2.0\" DTDVERSION=\"1.1\""), 501,
          "unsupported-dtd-version"},
-        {"protocol 2", _envelope("<IMETHODCALL NAME=\"X\">" + orvNs + "</IMETHODCALL>",
-                                 "CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"", "2.0"),
+        {"protocol 2",
+         _envelope("<IMETHODCALL NAME=\"X\">" + orvNs + "</IMETHODCALL>",
+                   "CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"", "2.0"),
          501, "unsupported-protocol-version"},
         {"MULTIREQ",
          "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" "
          "PROTOCOLVERSION=\"1.0\"><MULTIREQ/></MESSAGE></CIM>",
          501, "multiple-requests-unsupported"},
         {"no call", _envelope(""), 400, "request-not-valid"},
-        {"two calls", _envelope("<IMETHODCALL NAME=\"A\">" + orvNs +
-                                "</IMETHODCALL><IMETHODCALL NAME=\"B\">" + orvNs +
-                                "</IMETHODCALL>"),
+        {"two calls",
+         _envelope("<IMETHODCALL NAME=\"A\">" + orvNs + "</IMETHODCALL><IMETHODCALL NAME=\"B\">" +
+                   orvNs + "</IMETHODCALL>"),
          400, "request-not-valid"},
         {"no namespace", _envelope("<IMETHODCALL NAME=\"A\"></IMETHODCALL>"), 400,
          "request-not-valid"},
@@ -166,8 +171,9 @@ TEST(CimXmlReader, BadPathsAndValuesBecomeCimErrors)
                                  "CLASSNAME=\"C\"><KEYBINDING NAME=\"K\"/></INSTANCENAME>"
                                  "</IPARAMVALUE>"),
          CIM_ERR_INVALID_PARAMETER},
-        {"two values", _imethod("X", "<IPARAMVALUE NAME=\"A\"><VALUE>1</VALUE><VALUE>2</VALUE>"
-                                     "</IPARAMVALUE>"),
+        {"two values",
+         _imethod("X", "<IPARAMVALUE NAME=\"A\"><VALUE>1</VALUE><VALUE>2</VALUE>"
+                       "</IPARAMVALUE>"),
          CIM_ERR_INVALID_PARAMETER},
         {"bad namespace",
          _envelope("<IMETHODCALL NAME=\"X\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"a b\"/>"
@@ -199,26 +205,26 @@ TEST(CimXmlReader, ExtrinsicParametersTypedUntypedAndReferences)
 {
     const std::string sysName = "<INSTANCENAME CLASSNAME=\"ORV_Sys\"><KEYBINDING NAME=\"Name\">"
                                 "<KEYVALUE>s1</KEYVALUE></KEYBINDING></INSTANCENAME>";
-    CimRequest r = parseCimRequest(_method(
-        "<LOCALINSTANCEPATH>" + orvNs +
-            "<INSTANCENAME CLASSNAME=\"ORV_Svc\"><KEYBINDING NAME=\"Name\"><KEYVALUE>svc"
-            "</KEYVALUE></KEYBINDING></INSTANCENAME></LOCALINSTANCEPATH>",
-        "<PARAMVALUE NAME=\"Untyped\"><VALUE>12</VALUE></PARAMVALUE>"
-        "<PARAMVALUE NAME=\"Count\" PARAMTYPE=\"uint16\"><VALUE>12</VALUE></PARAMVALUE>"
-        "<PARAMVALUE NAME=\"Types\" PARAMTYPE=\"uint16\"><VALUE.ARRAY><VALUE>2</VALUE>"
-        "<VALUE>8</VALUE></VALUE.ARRAY></PARAMVALUE>"
-        "<PARAMVALUE NAME=\"Empty\"><VALUE.ARRAY></VALUE.ARRAY></PARAMVALUE>"
-        "<PARAMVALUE NAME=\"ByWbemcli\"><VALUE.REFERENCE><INSTANCEPATH><NAMESPACEPATH>"
-        "<HOST>h1</HOST>" +
-            orvNs + "</NAMESPACEPATH>" + sysName +
-            "</INSTANCEPATH></VALUE.REFERENCE></PARAMVALUE>"
-            "<PARAMVALUE NAME=\"Local\"><VALUE.REFERENCE><LOCALINSTANCEPATH>" +
-            orvNs + sysName +
-            "</LOCALINSTANCEPATH></VALUE.REFERENCE></PARAMVALUE>"
-            "<PARAMVALUE NAME=\"Bare\"><VALUE.REFERENCE>" +
-            sysName +
-            "</VALUE.REFERENCE></PARAMVALUE>"
-            "<PARAMVALUE NAME=\"Nothing\"/>"));
+    CimRequest r = parseCimRequest(
+        _method("<LOCALINSTANCEPATH>" + orvNs +
+                    "<INSTANCENAME CLASSNAME=\"ORV_Svc\"><KEYBINDING NAME=\"Name\"><KEYVALUE>svc"
+                    "</KEYVALUE></KEYBINDING></INSTANCENAME></LOCALINSTANCEPATH>",
+                "<PARAMVALUE NAME=\"Untyped\"><VALUE>12</VALUE></PARAMVALUE>"
+                "<PARAMVALUE NAME=\"Count\" PARAMTYPE=\"uint16\"><VALUE>12</VALUE></PARAMVALUE>"
+                "<PARAMVALUE NAME=\"Types\" PARAMTYPE=\"uint16\"><VALUE.ARRAY><VALUE>2</VALUE>"
+                "<VALUE>8</VALUE></VALUE.ARRAY></PARAMVALUE>"
+                "<PARAMVALUE NAME=\"Empty\"><VALUE.ARRAY></VALUE.ARRAY></PARAMVALUE>"
+                "<PARAMVALUE NAME=\"ByWbemcli\"><VALUE.REFERENCE><INSTANCEPATH><NAMESPACEPATH>"
+                "<HOST>h1</HOST>" +
+                    orvNs + "</NAMESPACEPATH>" + sysName +
+                    "</INSTANCEPATH></VALUE.REFERENCE></PARAMVALUE>"
+                    "<PARAMVALUE NAME=\"Local\"><VALUE.REFERENCE><LOCALINSTANCEPATH>" +
+                    orvNs + sysName +
+                    "</LOCALINSTANCEPATH></VALUE.REFERENCE></PARAMVALUE>"
+                    "<PARAMVALUE NAME=\"Bare\"><VALUE.REFERENCE>" +
+                    sysName +
+                    "</VALUE.REFERENCE></PARAMVALUE>"
+                    "<PARAMVALUE NAME=\"Nothing\"/>"));
     ASSERT_EQ(r.errorCode, CIM_ERR_SUCCESS) << r.errorText;
     EXPECT_FALSE(r.intrinsic);
     EXPECT_EQ(r.methodName, "DoIt");
@@ -293,14 +299,39 @@ std::string _attributes(size_t n)
     return out;
 }
 
-std::string _values(size_t n)
+std::string _array(size_t n, const std::string& value = "<VALUE>1</VALUE>",
+                   const std::string& kind = "VALUE.ARRAY")
 {
-    std::string out = "<IPARAMVALUE NAME=\"A\"><VALUE.ARRAY>";
+    std::string out = "<" + kind + ">";
     for (size_t i = 0; i < n; ++i)
     {
-        out += "<VALUE>1</VALUE>";
+        out += value;
     }
-    return out + "</VALUE.ARRAY></IPARAMVALUE>";
+    return out + "</" + kind + ">";
+}
+
+// Parameters of exactly n elements in all, no array past its own limit.
+std::string _elements(size_t n)
+{
+    std::string out;
+    for (size_t group = 0; n >= 2; ++group)
+    {
+        const size_t values = std::min(size_t(RequestLimits::maxArrayValues), n - 2);
+        out += "<IPARAMVALUE NAME=\"A" + std::to_string(group) + "\">" + _array(values) +
+               "</IPARAMVALUE>";
+        n -= values + 2;
+    }
+    return n ? out + "<IPARAMVALUE NAME=\"Z\"/>" : out;
+}
+
+std::string _statisticsCall(const std::string& elementTypes)
+{
+    return _method("<LOCALINSTANCEPATH>" + orvNs +
+                       "<INSTANCENAME CLASSNAME=\"ORV_BlockStatisticsService\"><KEYBINDING "
+                       "NAME=\"Name\"><KEYVALUE>S</KEYVALUE></KEYBINDING></INSTANCENAME>"
+                       "</LOCALINSTANCEPATH>",
+                   "<PARAMVALUE NAME=\"ElementTypes\" PARAMTYPE=\"uint16\">" + elementTypes +
+                       "</PARAMVALUE>");
 }
 } // namespace
 
@@ -357,9 +388,28 @@ TEST(CimXmlReader, EveryRequestIsBoundedByTheNamedLimits)
                            "</VALUE></IPARAMVALUE><IPARAMVALUE NAME='" +
                            std::string(L::maxAttributesPerElement * 2, '=') + "&gt;'/>"),
          DECODED, ""},
-        {"elements at the limit", _imethod("X", _values(L::maxElements - 12)), DECODED, ""},
-        {"elements over the limit", _imethod("X", _values(L::maxElements)), REFUSED,
+        {"elements at the limit", _imethod("X", _elements(L::maxElements - 10)), DECODED, ""},
+        {"elements over the limit", _imethod("X", _elements(L::maxElements + 2)), REFUSED,
          std::to_string(L::maxElements)},
+        {"array parameter at the value limit",
+         _imethod("X", "<IPARAMVALUE NAME=\"A\">" + _array(L::maxArrayValues) + "</IPARAMVALUE>"),
+         DECODED, ""},
+        {"array parameter over the value limit",
+         _imethod("X",
+                  "<IPARAMVALUE NAME=\"A\">" + _array(L::maxArrayValues + 1) + "</IPARAMVALUE>"),
+         CIM_FAULT, std::to_string(L::maxArrayValues)},
+        {"ElementTypes at the value limit",
+         _statisticsCall(_array(L::maxArrayValues, "<VALUE>8</VALUE>")), DECODED, ""},
+        {"ElementTypes repeated 40000 times", _statisticsCall(_array(40000, "<VALUE>8</VALUE>")),
+         CIM_FAULT, std::to_string(L::maxArrayValues)},
+        {"nulls count as values", _statisticsCall(_array(L::maxArrayValues + 1, "<VALUE.NULL/>")),
+         CIM_FAULT, std::to_string(L::maxArrayValues)},
+        {"reference array over the value limit",
+         _statisticsCall(
+             _array(L::maxArrayValues + 1,
+                    "<VALUE.REFERENCE><INSTANCENAME CLASSNAME=\"C\"/></VALUE.REFERENCE>",
+                    "VALUE.REFARRAY")),
+         CIM_FAULT, std::to_string(L::maxArrayValues)},
         {"comments and CDATA do not count as elements",
          _imethod("X", "<!--<a b='' c=''>--><IPARAMVALUE NAME=\"A\"><VALUE><![CDATA[" +
                            std::string(100, '<') + "]]></VALUE></IPARAMVALUE>"),
@@ -389,5 +439,89 @@ TEST(CimXmlReader, EveryRequestIsBoundedByTheNamedLimits)
             EXPECT_NE(std::string(e.what()).find(c.limit), std::string::npos)
                 << c.what << ": " << e.what();
         }
+    }
+
+    // Under the cap, repeats stay: each is served as the caller asked.
+    CimRequest repeats =
+        parseCimRequest(_statisticsCall(_array(L::maxArrayValues, "<VALUE>8</VALUE>")));
+    ASSERT_EQ(repeats.errorCode, CIM_ERR_SUCCESS) << repeats.errorText;
+    ASSERT_EQ(repeats.inParams.size(), 1u);
+    Array<Uint16> types;
+    repeats.inParams[0].getValue().get(types);
+    EXPECT_EQ(types.size(), size_t(L::maxArrayValues));
+}
+
+namespace
+{
+// Sanitizers slow the instrumented code several times over; time bounds
+// stretch with them.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+const double SANITIZER_SLOWDOWN = 5;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+const double SANITIZER_SLOWDOWN = 5;
+#else
+const double SANITIZER_SLOWDOWN = 1;
+#endif
+#else
+const double SANITIZER_SLOWDOWN = 1;
+#endif
+} // namespace
+
+TEST(CimXmlReader, TheCostliestAcceptedBodiesDecodeWellInsideTheShutdownGrace)
+{
+    // A request being decoded holds up shutdown until it is done, so the
+    // worst body the limits let through must decode in bounded time: a full
+    // default body (8 MiB) of each shape that once cost more than linear.
+    const size_t body = 8 * 1024 * 1024;
+    using L = RequestLimits;
+    auto fill = [&](const std::string& unit)
+    {
+        std::string params;
+        for (size_t i = 0; params.size() + unit.size() < body - 1024; ++i)
+        {
+            params += unit;
+        }
+        return params;
+    };
+    const std::string deepest =
+        "<IPARAMVALUE NAME=\"InstanceName\">" +
+        _nestedName(L::maxReferenceDepth, std::string(L::maxKeyValueBytes / 2, 'k')) +
+        "</IPARAMVALUE>";
+    struct Case
+    {
+        const char* what;
+        std::string request;
+    } cases[] = {
+        {"elements with the most attributes",
+         _imethod("X", fill("<IPARAMVALUE NAME=\"A\"" +
+                            _attributes(L::maxAttributesPerElement - 1) + "/>"))},
+        {"as many elements as allowed",
+         _imethod("X",
+                  _elements(L::maxElements - 10) + fill("<!--" + std::string(1000, '<') + "-->"))},
+        {"the deepest references, repeated", _imethod("GetInstance", fill(deepest))},
+        {"one element with a body's worth of attributes",
+         _imethod("X", "<IPARAMVALUE NAME=\"A\"" + _attributes(body / 10) + "/>")},
+        {"references nested 20000 deep", _getInstance(_nestedName(20000))},
+        {"the longest key values, repeated",
+         _imethod("GetInstance",
+                  fill("<IPARAMVALUE NAME=\"InstanceName\">" +
+                       _nestedName(0, std::string(L::maxKeyValueBytes, 'k')) + "</IPARAMVALUE>"))},
+    };
+    for (const Case& c : cases)
+    {
+        const auto start = std::chrono::steady_clock::now();
+        try
+        {
+            parseCimRequest(c.request);
+        }
+        catch (const CimProtocolError&)
+        {
+            // Refused is as good as decoded here; only the time counts.
+        }
+        const double seconds =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        EXPECT_LT(seconds, 5.0 * SANITIZER_SLOWDOWN)
+            << c.what << " (" << c.request.size() << " bytes)";
     }
 }

@@ -10,6 +10,7 @@
 #include <libxml/parser.h>
 
 #include <map>
+#include <new>
 #include <set>
 
 using namespace orvhost;
@@ -32,6 +33,7 @@ public:
     std::map<std::string, std::string> args;
     CIMException toThrow;
     bool fail = false;
+    bool outOfMemory = false;
 
     void _enter(const char* name, const OperationContext& ctx)
     {
@@ -41,6 +43,10 @@ public:
         if (fail)
         {
             throw toThrow;
+        }
+        if (outOfMemory)
+        {
+            throw std::bad_alloc();
         }
     }
     static std::string b(Boolean v)
@@ -64,7 +70,8 @@ public:
                       Boolean lo, Boolean iq, Boolean ico, const CIMPropertyList&) override
     {
         _enter("getClass", c);
-        args = {{"ns", _s(ns.getString())}, {"class", _s(cn.getString())},
+        args = {{"ns", _s(ns.getString())},
+                {"class", _s(cn.getString())},
                 {"flags", b(lo) + b(iq) + b(ico)}};
         return CIMClass(cn);
     }
@@ -125,8 +132,8 @@ public:
         }
     }
     using CIMOMDispatcher::enumerateInstanceNames;
-    Array<CIMObjectPath> enumerateInstanceNames(const OperationContext& c,
-                                                const CIMNamespaceName&, const CIMName&) override
+    Array<CIMObjectPath> enumerateInstanceNames(const OperationContext& c, const CIMNamespaceName&,
+                                                const CIMName&) override
     {
         _enter("enumerateInstanceNames", c);
         return Array<CIMObjectPath>();
@@ -139,8 +146,8 @@ public:
         _enter("associators", c);
         args = {{"path", _s(p.toString())},
                 {"filters", _s(ac.isNull() ? String("-") : ac.getString()) + "|" +
-                                _s(rc.isNull() ? String("-") : rc.getString()) + "|" +
-                                _s(role) + "|" + _s(rr)},
+                                _s(rc.isNull() ? String("-") : rc.getString()) + "|" + _s(role) +
+                                "|" + _s(rr)},
                 {"flags", b(iq) + b(ico)}};
         Array<CIMObject> out;
         out.append(CIMObject(widget()));
@@ -170,8 +177,8 @@ public:
         return Array<CIMObjectPath>();
     }
     CIMValue invokeMethod(const OperationContext& c, const CIMNamespaceName& ns,
-                          const CIMObjectPath& p, const CIMName& m,
-                          const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
+                          const CIMObjectPath& p, const CIMName& m, const Array<CIMParamValue>& in,
+                          Array<CIMParamValue>& out) override
     {
         _enter("invokeMethod", c);
         args = {{"ns", _s(ns.getString())},
@@ -209,8 +216,8 @@ HttpRequest _request(const std::string& method, const std::string& call,
 
 HttpRequest _intrinsic(const std::string& name, const std::string& params)
 {
-    return _request(name, "<IMETHODCALL NAME=\"" + name + "\">" + orvNs + params +
-                              "</IMETHODCALL>");
+    return _request(name,
+                    "<IMETHODCALL NAME=\"" + name + "\">" + orvNs + params + "</IMETHODCALL>");
 }
 
 std::string _header(const HttpResponse& r, const std::string& name)
@@ -323,17 +330,16 @@ TEST_F(ProcessorTest, ProtocolErrorsFollowDsp0200)
         {"CIMOperation not a call",
          [](HttpRequest& r) { r.headers["CIMOperation"] = "MethodResponse"; }, 400,
          "unsupported-operation"},
-        {"protocol version 2",
-         [](HttpRequest& r) { r.headers["CIMProtocolVersion"] = "2.0"; }, 501,
+        {"protocol version 2", [](HttpRequest& r) { r.headers["CIMProtocolVersion"] = "2.0"; }, 501,
          "unsupported-protocol-version"},
-        {"not XML content", [](HttpRequest& r) { r.headers["Content-Type"] = "text/plain"; },
-         400, "request-not-valid"},
+        {"not XML content", [](HttpRequest& r) { r.headers["Content-Type"] = "text/plain"; }, 400,
+         "request-not-valid"},
         {"latin-1", [](HttpRequest& r) { r.headers["content-type"] = "text/xml; charset=latin1"; },
          400, "request-not-valid"},
         {"method mismatch", [](HttpRequest& r) { r.headers["CIMMethod"] = "GetClass"; }, 400,
          "header-mismatch"},
-        {"namespace mismatch", [](HttpRequest& r) { r.headers["CIMObject"] = "root%2Fother"; },
-         400, "header-mismatch"},
+        {"namespace mismatch", [](HttpRequest& r) { r.headers["CIMObject"] = "root%2Fother"; }, 400,
+         "header-mismatch"},
         {"no CIMObject", [](HttpRequest& r) { r.headers.erase("CIMObject"); }, 400,
          "header-mismatch"},
         {"broken body", [](HttpRequest& r) { r.body.resize(r.body.size() / 2); }, 400,
@@ -363,11 +369,13 @@ TEST_F(ProcessorTest, ProtocolErrorsFollowDsp0200)
 
 TEST_F(ProcessorTest, IntrinsicDefaultsAndExplicitParameters)
 {
-    const std::string cls = "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>";
+    const std::string cls =
+        "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>";
     const std::string inst = "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME "
                              "CLASSNAME=\"T_W\"><KEYBINDING NAME=\"Id\"><KEYVALUE>x</KEYVALUE>"
                              "</KEYBINDING></INSTANCENAME></IPARAMVALUE>";
-    auto flag = [](const char* name, const char* v) {
+    auto flag = [](const char* name, const char* v)
+    {
         return std::string("<IPARAMVALUE NAME=\"") + name + "\"><VALUE>" + v +
                "</VALUE></IPARAMVALUE>";
     };
@@ -416,7 +424,8 @@ TEST_F(ProcessorTest, IntrinsicDefaultsAndExplicitParameters)
 
 TEST_F(ProcessorTest, CimErrorsAreErrorElements)
 {
-    const std::string cls = "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>";
+    const std::string cls =
+        "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>";
     struct Case
     {
         const char* what;
@@ -438,8 +447,7 @@ TEST_F(ProcessorTest, CimErrorsAreErrorElements)
         {"unknown operation", "Frobnicate", "", false, CIM_ERR_NOT_SUPPORTED},
         {"unknown parameter", "EnumerateInstances", cls + "<IPARAMVALUE NAME=\"Bogus\"/>", false,
          CIM_ERR_INVALID_PARAMETER},
-        {"repeated parameter", "EnumerateInstances", cls + cls, false,
-         CIM_ERR_INVALID_PARAMETER},
+        {"repeated parameter", "EnumerateInstances", cls + cls, false, CIM_ERR_INVALID_PARAMETER},
         {"bad boolean", "EnumerateInstances",
          cls + "<IPARAMVALUE NAME=\"LocalOnly\"><VALUE>maybe</VALUE></IPARAMVALUE>", false,
          CIM_ERR_INVALID_PARAMETER},
@@ -463,6 +471,16 @@ TEST_F(ProcessorTest, CimErrorsAreErrorElements)
         EXPECT_EQ(!dispatcher.call.empty(), c.providerFails) << c.what;
         _expectStrictXml(response.body);
     }
+    // Memory running out in a provider is the operation's failure, told in
+    // the CIM answer, not a bare HTTP 500.
+    dispatcher.outOfMemory = true;
+    HttpResponse starved = processor.handle(_intrinsic("EnumerateInstances", cls));
+    dispatcher.outOfMemory = false;
+    EXPECT_EQ(starved.status, 200);
+    EXPECT_NE(starved.body.find("<ERROR CODE=\"1\""), std::string::npos) << starved.body;
+    EXPECT_EQ(starved.summary.cimStatus, "1");
+    _expectStrictXml(starved.body);
+
     // OpenPegasus's form: the status name, ": ", then the text.
     dispatcher.fail = true;
     EXPECT_NE(processor.handle(_intrinsic("EnumerateInstances", cls))
@@ -473,9 +491,9 @@ TEST_F(ProcessorTest, CimErrorsAreErrorElements)
 
 TEST_F(ProcessorTest, ResultsEncodeValuesAndPaths)
 {
-    HttpResponse response = processor.handle(_intrinsic(
-        "EnumerateInstances",
-        "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>"));
+    HttpResponse response = processor.handle(
+        _intrinsic("EnumerateInstances",
+                   "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>"));
     const std::string& body = response.body;
     _expectStrictXml(body);
     EXPECT_NE(body.find("<MESSAGE ID=\"9\" PROTOCOLVERSION=\"1.0\">"), std::string::npos);
@@ -489,8 +507,7 @@ TEST_F(ProcessorTest, ResultsEncodeValuesAndPaths)
     EXPECT_NE(body.find("<PROPERTY.ARRAY NAME=\"Sizes\" TYPE=\"uint16\"><VALUE.ARRAY><VALUE>7"
                         "</VALUE><VALUE>7</VALUE></VALUE.ARRAY></PROPERTY.ARRAY>"),
               std::string::npos);
-    EXPECT_NE(body.find("<PROPERTY NAME=\"Empty\" TYPE=\"uint32\"></PROPERTY>"),
-              std::string::npos)
+    EXPECT_NE(body.find("<PROPERTY NAME=\"Empty\" TYPE=\"uint32\"></PROPERTY>"), std::string::npos)
         << "a null value has no VALUE";
 
     // Associators: full paths, with this server's host filled in.
@@ -595,10 +612,13 @@ struct CapturedStream : StreamingBody
 
 TEST_F(ProcessorTest, LargeAnswersStreamWithTheSameBodyAndLateErrorsFailTheStream)
 {
-    const std::string cls = "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>";
-    auto streamed = [&](std::shared_ptr<CapturedStream> captured, int& heads) {
+    const std::string cls =
+        "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>";
+    auto streamed = [&](std::shared_ptr<CapturedStream> captured, int& heads)
+    {
         HttpRequest r = _intrinsic("EnumerateInstances", cls);
-        r.startStreaming = [&heads, captured](const HttpResponse& head) {
+        r.startStreaming = [&heads, captured](const HttpResponse& head)
+        {
             ++heads;
             EXPECT_EQ(head.status, 200);
             EXPECT_EQ(_header(head, "CIMOperation"), "MethodResponse");
@@ -728,7 +748,8 @@ TEST_F(ProcessorTest, HeadersMustStateExactlyWhatTheBodyHolds)
 TEST_F(ProcessorTest, AnswersPastTheLimitAreCimErrorsOrFailedStreams)
 {
     const size_t streamAfter = 256 * 1024; // where the processor starts streaming
-    const std::string cls = "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>";
+    const std::string cls =
+        "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_W\"/></IPARAMVALUE>";
     dispatcher.copies = 20000;
     const size_t whole = processor.handle(_intrinsic("EnumerateInstances", cls)).body.size();
     ASSERT_GT(whole, 3 * streamAfter);
@@ -747,9 +768,8 @@ TEST_F(ProcessorTest, AnswersPastTheLimitAreCimErrorsOrFailedStreams)
         processor.setMaxAnswerBytes(c.limit);
         auto captured = std::make_shared<CapturedStream>();
         HttpRequest r = _intrinsic("EnumerateInstances", cls);
-        r.startStreaming = [captured](const HttpResponse&) {
-            return std::shared_ptr<StreamingBody>(captured);
-        };
+        r.startStreaming = [captured](const HttpResponse&)
+        { return std::shared_ptr<StreamingBody>(captured); };
         HttpResponse response = processor.handle(r);
         EXPECT_EQ(response.streamed, c.streamed) << c.what;
         if (c.streamed)

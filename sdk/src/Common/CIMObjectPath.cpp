@@ -154,7 +154,8 @@ String _canonicalNumber(const String& s)
         }
     }
     double d = strtod(text.c_str(), nullptr);
-    if (d == static_cast<double>(static_cast<long long>(d)) && d > -9.2e18 && d < 9.2e18)
+    // The range first: converting a double beyond long long is undefined.
+    if (d > -9.2e18 && d < 9.2e18 && d == static_cast<double>(static_cast<long long>(d)))
     {
         snprintf(buffer, sizeof(buffer), "%lld", static_cast<long long>(d));
     }

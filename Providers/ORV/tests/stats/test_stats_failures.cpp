@@ -1,6 +1,7 @@
 // Refused requests, management API and semaphore failures, chunk
 // boundaries and the trace of the statistical-data providers.
 
+#include <chrono>
 #include <functional>
 #include <set>
 #include <stdexcept>
@@ -85,9 +86,8 @@ TEST_F(StatsFailureTest, RequestsAreRefusedBeforeAnyLibraryCall)
         Sdk::CollectingInstanceResponseHandler ih;
         Sdk::CollectingObjectPathResponseHandler ph;
         Sdk::CollectingResponseHandler rh;
-        auto get = [&](const char* user, const CIMObjectPath& path) {
-            p.getInstance(contextFor(user), path, false, false, CIMPropertyList(), ih);
-        };
+        auto get = [&](const char* user, const CIMObjectPath& path)
+        { p.getInstance(contextFor(user), path, false, false, CIMPropertyList(), ih); };
         struct Case
         {
             std::function<void()> call;
@@ -107,8 +107,8 @@ TEST_F(StatsFailureTest, RequestsAreRefusedBeforeAnyLibraryCall)
              CIM_ERR_NOT_SUPPORTED, name + " Invalid class nameFOO"},
             {[&]() { get(READER_USER, noKey); }, CIM_ERR_INVALID_PARAMETER,
              name + " InstanceID key not found."},
-            {[&]() { p.deleteInstance(contextFor(READER_USER), noKey, rh); },
-             CIM_ERR_NOT_SUPPORTED, name + " does not support deleteInstance."},
+            {[&]() { p.deleteInstance(contextFor(READER_USER), noKey, rh); }, CIM_ERR_NOT_SUPPORTED,
+             name + " does not support deleteInstance."},
         };
         for (const Case& c : cases)
         {
@@ -184,10 +184,22 @@ public:
     explicit FailingHandler(bool cim) : _cim(cim) {}
     void processing() override {}
     void complete() override {}
-    void deliver(const CIMInstance&) override { failDelivery(_cim); }
-    void deliver(const Array<CIMInstance>&) override { failDelivery(_cim); }
-    void deliver(const CIMObjectPath&) override { failDelivery(_cim); }
-    void deliver(const Array<CIMObjectPath>&) override { failDelivery(_cim); }
+    void deliver(const CIMInstance&) override
+    {
+        failDelivery(_cim);
+    }
+    void deliver(const Array<CIMInstance>&) override
+    {
+        failDelivery(_cim);
+    }
+    void deliver(const CIMObjectPath&) override
+    {
+        failDelivery(_cim);
+    }
+    void deliver(const Array<CIMObjectPath>&) override
+    {
+        failDelivery(_cim);
+    }
 
 private:
     bool _cim;
@@ -204,14 +216,17 @@ TEST_F(StatsFailureTest, OnlyVolumeNodeAndArrayWrapEnumerationErrors)
         {
             SCOPED_TRACE(name + (cim ? " CIM error" : " other error"));
             FailingHandler h(cim);
-            CimOutcome inst = runCatching([&]() {
-                dp.instances().enumerateInstances(contextFor(READER_USER), classPath(s.cls), false,
-                                                  false, CIMPropertyList(), h);
-            });
-            CimOutcome names = runCatching([&]() {
-                dp.instances().enumerateInstanceNames(contextFor(READER_USER), classPath(s.cls),
-                                                      h);
-            });
+            CimOutcome inst = runCatching(
+                [&]()
+                {
+                    dp.instances().enumerateInstances(contextFor(READER_USER), classPath(s.cls),
+                                                      false, false, CIMPropertyList(), h);
+                });
+            CimOutcome names = runCatching(
+                [&]() {
+                    dp.instances().enumerateInstanceNames(contextFor(READER_USER), classPath(s.cls),
+                                                          h);
+                });
             if (!wraps)
             {
                 for (const CimOutcome& o : {inst, names})
@@ -224,7 +239,8 @@ TEST_F(StatsFailureTest, OnlyVolumeNodeAndArrayWrapEnumerationErrors)
             }
             EXPECT_EQ(CIM_ERR_FAILED, inst.code);
             EXPECT_EQ(CIM_ERR_FAILED, names.code);
-            EXPECT_EQ(cim ? name + "::enumerateInstances - Operation failed: boom" : "Unknown error",
+            EXPECT_EQ(cim ? name + "::enumerateInstances - Operation failed: boom"
+                          : "Unknown error",
                       inst.message);
             EXPECT_EQ(cim ? name + "::enumerateInstanceNames - Operation failed: boom"
                           : "Operation error",
@@ -284,12 +300,17 @@ TEST_F(StatsFailureTest, ChunkFailureEndsEnumerationAfterDeliveredChunks)
         DirectProvider dp("ORV_VolumeStatisticalDataProvider");
         Sdk::CollectingInstanceResponseHandler handler;
         CimOutcome o;
-        std::string log = captureLog([&]() {
-            o = runCatching([&]() {
-                dp.instances().enumerateInstances(contextFor(READER_USER), classPath(VOLUME), false,
-                                                  false, CIMPropertyList(), handler);
+        std::string log = captureLog(
+            [&]()
+            {
+                o = runCatching(
+                    [&]()
+                    {
+                        dp.instances().enumerateInstances(contextFor(READER_USER),
+                                                          classPath(VOLUME), false, false,
+                                                          CIMPropertyList(), handler);
+                    });
             });
-        });
         EXPECT_EQ(CIM_ERR_FAILED, o.code);
         EXPECT_EQ("ORV_VolumeStatisticalDataProvider::enumerateInstances - Operation failed: "
                   "Internal error.",
@@ -364,8 +385,7 @@ TEST_F(StatsFailureTest, EveryRequestIsTracedUnderItsProviderName)
         // The first request of a process also initializes the provider, whose
         // lines would come first; start it outside the capture.
         enumerateInstanceNames(READER_USER, s.cls);
-        std::string log =
-            captureLog([&]() { enumerateInstances(READER_USER, s.cls); });
+        std::string log = captureLog([&]() { enumerateInstances(READER_USER, s.cls); });
         // Entry first, exit last, the build in between.
         EXPECT_EQ(0u, log.find("--> " + name + "::enumerateInstances\n")) << log.substr(0, 200);
         size_t build = log.find("--> " + name + "::_build_instances\n");
@@ -398,9 +418,72 @@ TEST_F(StatsFailureTest, LunGetInstanceOpensTheApiASecondTime)
     std::string log = captureLog(
         [&]() { got = getInstance(READER_USER, instancePath(LUN, "QZ_KYRO:VLUN_7-Stats")); });
     EXPECT_EQ("VLUN 7 Statistical Data", text(got, "ElementName"));
-    EXPECT_NE(std::string::npos,
-              log.find("ORV_LUNStatisticalDataProvider::initialize(): "
-                       "api_orvOpenForCimserver failed\n"));
+    EXPECT_NE(std::string::npos, log.find("ORV_LUNStatisticalDataProvider::initialize(): "
+                                          "api_orvOpenForCimserver failed\n"));
 }
 
 } // namespace
+
+namespace
+{
+// Sanitizers slow the instrumented code several times over; time bounds
+// stretch with them.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+const double SANITIZER_SLOWDOWN = 5;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+const double SANITIZER_SLOWDOWN = 5;
+#else
+const double SANITIZER_SLOWDOWN = 1;
+#endif
+#else
+const double SANITIZER_SLOWDOWN = 1;
+#endif
+} // namespace
+
+TEST_F(StatsFailureTest, MegabyteKeysCostLinearTime)
+{
+    // A 1 MB InstanceID once took seconds on its way through the providers.
+    // Each shape below reaches a different parser; each must be refused as
+    // unknown, and a key sixteen times longer may cost about sixteen times
+    // as much, no more (with room for timer noise on a loaded machine).
+    const std::string bulk(1 << 20, 'k');
+    const std::string hex(1 << 20, 'A');
+    struct Case
+    {
+        CIMName cls;
+        std::string prefix, fill, suffix;
+    } cases[] = {
+        {LUN, "QZ_KYRO:VLUN_1_", bulk, ":1:2:3_h"},
+        {LUN, "QZ_KYRO:VLUN_1_v:1:2:3_", bulk, ""},
+        {LUN, "", bulk, ""},
+        {VOLUME, "QZ_KYRO:", hex, "-Stats"},
+        {DISK, "QZ_KYRO:", hex, "-Stats"},
+        {PORT, "QZ_KYRO:P-0-1-", bulk, "-Stats"},
+        {NODE, "QZ_KYRO:n", bulk, "-Stats"},
+        {ARRAY, "QZ_KYRO:", bulk, "-Stats"},
+        {VOLUME, "QZ_KYRO:", std::string(1 << 20, '"'), "-Stats"},
+    };
+    auto seconds = [&](const Case& c, size_t length)
+    {
+        const std::string id = c.prefix + c.fill.substr(0, length) + c.suffix;
+        const auto start = std::chrono::steady_clock::now();
+        CimOutcome o;
+        // The refusals are logged with the whole ID; kept out of the test log.
+        captureLog(
+            [&]() {
+                o = runCatching([&]()
+                                { getInstance(READER_USER, instancePath(c.cls, id.c_str())); });
+            });
+        EXPECT_EQ(CIM_ERR_NOT_FOUND, o.code) << o.message.substr(0, 200);
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(str(c.cls.getString()) + " " + c.prefix + "..." + c.suffix);
+        const double small = seconds(c, c.fill.size() / 16);
+        const double large = seconds(c, c.fill.size());
+        EXPECT_LT(large, 2.0 * SANITIZER_SLOWDOWN);
+        EXPECT_LT(large, 16 * 4 * small + 0.25) << small << " s for 64 KiB";
+    }
+}

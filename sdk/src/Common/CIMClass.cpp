@@ -134,7 +134,7 @@ CIMQualifier CIMClass::getQualifier(Uint32 index)
 
 CIMConstQualifier CIMClass::getQualifier(Uint32 index) const
 {
-    return needRep(_rep).qualifiers.get(index);
+    return std::as_const(needRep(_rep).qualifiers).get(index);
 }
 
 void CIMClass::removeQualifier(Uint32 index)
@@ -165,7 +165,7 @@ CIMProperty CIMClass::getProperty(Uint32 index)
 
 CIMConstProperty CIMClass::getProperty(Uint32 index) const
 {
-    return needRep(_rep).properties.get(index);
+    return std::as_const(needRep(_rep).properties).get(index);
 }
 
 void CIMClass::removeProperty(Uint32 index)
@@ -196,7 +196,7 @@ CIMMethod CIMClass::getMethod(Uint32 index)
 
 CIMConstMethod CIMClass::getMethod(Uint32 index) const
 {
-    return needRep(_rep).methods.get(index);
+    return std::as_const(needRep(_rep).methods).get(index);
 }
 
 void CIMClass::removeMethod(Uint32 index)
@@ -337,7 +337,7 @@ Uint32 CIMConstClass::findQualifier(const CIMName& name) const
 
 CIMConstQualifier CIMConstClass::getQualifier(Uint32 index) const
 {
-    return needRep(_rep).qualifiers.get(index);
+    return std::as_const(needRep(_rep).qualifiers).get(index);
 }
 
 Uint32 CIMConstClass::getQualifierCount() const
@@ -352,7 +352,7 @@ Uint32 CIMConstClass::findProperty(const CIMName& name) const
 
 CIMConstProperty CIMConstClass::getProperty(Uint32 index) const
 {
-    return needRep(_rep).properties.get(index);
+    return std::as_const(needRep(_rep).properties).get(index);
 }
 
 Uint32 CIMConstClass::getPropertyCount() const
@@ -367,7 +367,7 @@ Uint32 CIMConstClass::findMethod(const CIMName& name) const
 
 CIMConstMethod CIMConstClass::getMethod(Uint32 index) const
 {
-    return needRep(_rep).methods.get(index);
+    return std::as_const(needRep(_rep).methods).get(index);
 }
 
 Uint32 CIMConstClass::getMethodCount() const

@@ -111,7 +111,7 @@ CIMQualifier CIMInstance::getQualifier(Uint32 index)
 
 CIMConstQualifier CIMInstance::getQualifier(Uint32 index) const
 {
-    return needRep(_rep).qualifiers.get(index);
+    return std::as_const(needRep(_rep).qualifiers).get(index);
 }
 
 void CIMInstance::removeQualifier(Uint32 index)
@@ -142,7 +142,7 @@ CIMProperty CIMInstance::getProperty(Uint32 index)
 
 CIMConstProperty CIMInstance::getProperty(Uint32 index) const
 {
-    return needRep(_rep).properties.get(index);
+    return std::as_const(needRep(_rep).properties).get(index);
 }
 
 void CIMInstance::removeProperty(Uint32 index)
@@ -280,7 +280,7 @@ Uint32 CIMConstInstance::findQualifier(const CIMName& name) const
 
 CIMConstQualifier CIMConstInstance::getQualifier(Uint32 index) const
 {
-    return needRep(_rep).qualifiers.get(index);
+    return std::as_const(needRep(_rep).qualifiers).get(index);
 }
 
 Uint32 CIMConstInstance::getQualifierCount() const
@@ -295,7 +295,7 @@ Uint32 CIMConstInstance::findProperty(const CIMName& name) const
 
 CIMConstProperty CIMConstInstance::getProperty(Uint32 index) const
 {
-    return needRep(_rep).properties.get(index);
+    return std::as_const(needRep(_rep).properties).get(index);
 }
 
 Uint32 CIMConstInstance::getPropertyCount() const

@@ -124,7 +124,7 @@ CIMQualifier CIMMethod::getQualifier(Uint32 index)
 
 CIMConstQualifier CIMMethod::getQualifier(Uint32 index) const
 {
-    return needRep(_rep).qualifiers.get(index);
+    return std::as_const(needRep(_rep).qualifiers).get(index);
 }
 
 void CIMMethod::removeQualifier(Uint32 index)
@@ -155,7 +155,7 @@ CIMParameter CIMMethod::getParameter(Uint32 index)
 
 CIMConstParameter CIMMethod::getParameter(Uint32 index) const
 {
-    return needRep(_rep).parameters.get(index);
+    return std::as_const(needRep(_rep).parameters).get(index);
 }
 
 void CIMMethod::removeParameter(Uint32 index)
@@ -244,7 +244,7 @@ Uint32 CIMConstMethod::findQualifier(const CIMName& name) const
 
 CIMConstQualifier CIMConstMethod::getQualifier(Uint32 index) const
 {
-    return needRep(_rep).qualifiers.get(index);
+    return std::as_const(needRep(_rep).qualifiers).get(index);
 }
 
 Uint32 CIMConstMethod::getQualifierCount() const
@@ -259,7 +259,7 @@ Uint32 CIMConstMethod::findParameter(const CIMName& name) const
 
 CIMConstParameter CIMConstMethod::getParameter(Uint32 index) const
 {
-    return needRep(_rep).parameters.get(index);
+    return std::as_const(needRep(_rep).parameters).get(index);
 }
 
 Uint32 CIMConstMethod::getParameterCount() const

@@ -187,7 +187,7 @@ CIMQualifier CIMObject::getQualifier(Uint32 index)
 
 CIMConstQualifier CIMObject::getQualifier(Uint32 index) const
 {
-    return needRep(_rep).qualifiers.get(index);
+    return std::as_const(needRep(_rep).qualifiers).get(index);
 }
 
 void CIMObject::removeQualifier(Uint32 index)
@@ -218,7 +218,7 @@ CIMProperty CIMObject::getProperty(Uint32 index)
 
 CIMConstProperty CIMObject::getProperty(Uint32 index) const
 {
-    return needRep(_rep).properties.get(index);
+    return std::as_const(needRep(_rep).properties).get(index);
 }
 
 void CIMObject::removeProperty(Uint32 index)
@@ -316,7 +316,7 @@ Uint32 CIMConstObject::findQualifier(const CIMName& name) const
 
 CIMConstQualifier CIMConstObject::getQualifier(Uint32 index) const
 {
-    return needRep(_rep).qualifiers.get(index);
+    return std::as_const(needRep(_rep).qualifiers).get(index);
 }
 
 Uint32 CIMConstObject::getQualifierCount() const
@@ -331,7 +331,7 @@ Uint32 CIMConstObject::findProperty(const CIMName& name) const
 
 CIMConstProperty CIMConstObject::getProperty(Uint32 index) const
 {
-    return needRep(_rep).properties.get(index);
+    return std::as_const(needRep(_rep).properties).get(index);
 }
 
 Uint32 CIMConstObject::getPropertyCount() const

@@ -84,7 +84,7 @@ CIMQualifier CIMParameter::getQualifier(Uint32 index)
 
 CIMConstQualifier CIMParameter::getQualifier(Uint32 index) const
 {
-    return needRep(_rep).qualifiers.get(index);
+    return std::as_const(needRep(_rep).qualifiers).get(index);
 }
 
 void CIMParameter::removeQualifier(Uint32 index)
@@ -187,7 +187,7 @@ Uint32 CIMConstParameter::findQualifier(const CIMName& name) const
 
 CIMConstQualifier CIMConstParameter::getQualifier(Uint32 index) const
 {
-    return needRep(_rep).qualifiers.get(index);
+    return std::as_const(needRep(_rep).qualifiers).get(index);
 }
 
 Uint32 CIMConstParameter::getQualifierCount() const

@@ -156,7 +156,7 @@ CIMQualifier CIMProperty::getQualifier(Uint32 index)
 
 CIMConstQualifier CIMProperty::getQualifier(Uint32 index) const
 {
-    return needRep(_rep).ownQualifiers().get(index);
+    return std::as_const(needRep(_rep).ownQualifiers()).get(index);
 }
 
 void CIMProperty::removeQualifier(Uint32 index)
@@ -266,7 +266,7 @@ Uint32 CIMConstProperty::findQualifier(const CIMName& name) const
 
 CIMConstQualifier CIMConstProperty::getQualifier(Uint32 index) const
 {
-    return needRep(_rep).ownQualifiers().get(index);
+    return std::as_const(needRep(_rep).ownQualifiers()).get(index);
 }
 
 Uint32 CIMConstProperty::getQualifierCount() const

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <Pegasus/Common/CIMClass.h>
@@ -138,10 +139,21 @@ class NamedList
 {
     struct Block
     {
+        Block() = default;
+        // A copy starts private.
+        Block(const Block& x) : items(x.items), out(x.out)
+        {
+        }
+        Block& operator=(const Block&) = delete;
+
         std::vector<T> items;
         // Per element: handed out by the list owning this block. Empty while
         // none is; a block with one set is never shared.
         std::vector<unsigned char> out;
+        // Once given to a second list a block never changes again, even
+        // after the other list has let go: whatever that list's thread read
+        // of it is not ordered before a change made here.
+        std::atomic<bool> shared{false};
     };
 
 public:
@@ -271,7 +283,9 @@ public:
         _ownBlock().items.reserve(n);
     }
 
-    // The element itself, for a handle that goes out to a caller.
+    // The element itself, for a handle that goes out to a caller. Readers
+    // of a const object may be walking the block meanwhile, so a change
+    // goes into a copy of it.
     T get(Uint32 index) const
     {
         Guard guard(_lock);
@@ -280,9 +294,26 @@ public:
         {
             return _block->items[index];
         }
-        // Before it goes out the element must be this list's alone: the
-        // vector first, then the element.
-        if (_block.use_count() > 1)
+        auto block = std::make_shared<Block>(*_block);
+        T& item = block->items[index];
+        // The old block still holds it: this list's own from now on.
+        item = item.clone();
+        _markOut(*block, index);
+        _block = std::move(block);
+        return item;
+    }
+
+    // The same for the object's owner, which may change its own block in
+    // place while nothing else holds it.
+    T get(Uint32 index)
+    {
+        Guard guard(_lock);
+        checkIndex(index, _block ? _block->items.size() : 0);
+        if (!_block->out.empty() && _block->out[index])
+        {
+            return _block->items[index];
+        }
+        if (_block->shared.load(std::memory_order_relaxed) || _block.use_count() > 1)
         {
             _block = std::make_shared<Block>(*_block);
         }
@@ -393,8 +424,13 @@ private:
     std::shared_ptr<Block> _shareable() const
     {
         Guard guard(_lock);
-        if (!_block || _block->out.empty())
+        if (!_block)
         {
+            return _block;
+        }
+        if (_block->out.empty())
+        {
+            _block->shared.store(true, std::memory_order_relaxed);
             return _block;
         }
         bool reached = false;
@@ -409,6 +445,7 @@ private:
         if (!reached)
         {
             _block->out.clear();
+            _block->shared.store(true, std::memory_order_relaxed);
             return _block;
         }
         auto copy = std::make_shared<Block>();
@@ -428,10 +465,10 @@ private:
         {
             _block = std::make_shared<Block>();
         }
-        else if (_block.use_count() > 1)
+        else if (_block->shared.load(std::memory_order_relaxed) || _block.use_count() > 1)
         {
-            // Another list shares it (then nothing is out) or a reader's view
-            // holds it (then what is out stays out).
+            // Another list shares it or did (then nothing is out), or a
+            // reader's view holds it (then what is out stays out).
             _block = std::make_shared<Block>(*_block);
         }
         return *_block;

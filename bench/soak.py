@@ -45,23 +45,10 @@ ACCOUNTS = {"admin": "admin-pw", "monitor": "monitor-pw", "guest": "guest-pw"}
 # that sent them in the mix.
 REQUEST_TIMEOUT = 15
 
-HEAD = ('<?xml version="1.0" encoding="utf-8"?><CIM CIMVERSION="2.0" DTDVERSION="2.0">'
-        '<MESSAGE ID="1" PROTOCOLVERSION="1.0"><SIMPLEREQ>')
-TAIL = '</SIMPLEREQ></MESSAGE></CIM>'
-NS = '<LOCALNAMESPACEPATH><NAMESPACE NAME="root"/><NAMESPACE NAME="orv"/></LOCALNAMESPACEPATH>'
 NS_HEADER = "root%2Forv"
-
-
-def intrinsic(name, params):
-    return HEAD + '<IMETHODCALL NAME="%s">%s%s</IMETHODCALL>' % (name, NS, params) + TAIL
-
-
-def class_param(cls):
-    return '<IPARAMVALUE NAME="ClassName"><CLASSNAME NAME="%s"/></IPARAMVALUE>' % cls
-
-
-def value_param(name, value):
-    return '<IPARAMVALUE NAME="%s"><VALUE>%s</VALUE></IPARAMVALUE>' % (name, value)
+# The request shapes are the end-to-end driver's.
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+from e2e_bench import HEAD, NS, TAIL, class_param, intrinsic, value_param  # noqa: E402
 
 
 def service_path(system):

@@ -427,18 +427,8 @@ TEST_F(StatsFailureTest, LunGetInstanceOpensTheApiASecondTime)
 namespace
 {
 // Sanitizers slow the instrumented code several times over; time bounds
-// stretch with them.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-const double SANITIZER_SLOWDOWN = 5;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-const double SANITIZER_SLOWDOWN = 5;
-#else
-const double SANITIZER_SLOWDOWN = 1;
-#endif
-#else
-const double SANITIZER_SLOWDOWN = 1;
-#endif
+// stretch with them (the build says by how much).
+const double SANITIZER_SLOWDOWN = ORV_SANITIZER_SLOWDOWN;
 } // namespace
 
 TEST_F(StatsFailureTest, MegabyteKeysCostLinearTime)

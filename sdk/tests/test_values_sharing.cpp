@@ -9,7 +9,9 @@
 #include <thread>
 #include <vector>
 
+#include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/CIMValue.h>
+#include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/String.h>
 #include <Pegasus/Sdk/Utf8.h>
 
@@ -117,6 +119,54 @@ TEST(StringSharing, AppendUtf8GivesTheBytesOfGetCString)
     }
 }
 
+TEST(DateTimeSharing, ChangingOneCopyLeavesTheOthers)
+{
+    const char* const stamp = "20240102030405.000000+060";
+    const struct
+    {
+        const char* what;
+        std::function<void(CIMDateTime&)> change;
+        const char* result;
+    } changes[] = {
+        {"set", [](CIMDateTime& d) { d.set("20250101000000.000000+000"); },
+         "20250101000000.000000+000"},
+        {"clear", [](CIMDateTime& d) { d.clear(); }, "00000000000000.000000:000"},
+        {"utc offset", [](CIMDateTime& d) { d.setUtcOffSet(-120); }, "20240102030405.000000-120"},
+        {"add", [](CIMDateTime& d) { d += CIMDateTime(Uint64(1000000), true); },
+         "20240102030406.000000+060"},
+        {"assign", [](CIMDateTime& d) { d = CIMDateTime("00000001000000.000000:000"); },
+         "00000001000000.000000:000"},
+        {"assign itself", [](CIMDateTime& d) { d = d; }, "20240102030405.000000+060"},
+        {"time stamp", [](CIMDateTime& d) { d.setTimeStamp(1999, 12, 31, 23, 59, 59, 0, 6, 0); },
+         "19991231235959.000000+000"},
+    };
+    for (const auto& c : changes)
+    {
+        SCOPED_TRACE(c.what);
+        const CIMDateTime original(stamp);
+        CIMDateTime changed = original;
+        CIMDateTime other;
+        other = changed;
+        CIMValue value(changed);
+
+        c.change(changed);
+
+        EXPECT_EQ(c.result, utf8(changed.toString()));
+        EXPECT_EQ(stamp, utf8(original.toString()));
+        EXPECT_EQ(stamp, utf8(other.toString()));
+        CIMDateTime held;
+        value.get(held);
+        EXPECT_EQ(stamp, utf8(held.toString()));
+        EXPECT_TRUE(value == CIMValue(original));
+
+        // A failed change leaves the value and its copies as they were.
+        CIMDateTime kept = changed;
+        EXPECT_THROW(changed.set("not a date-time"), InvalidDateTimeFormatException);
+        EXPECT_EQ(c.result, utf8(changed.toString()));
+        EXPECT_EQ(c.result, utf8(kept.toString()));
+    }
+}
+
 TEST(ValueSharing, HeldInPlaceOrSharedCopiesStayIndependent)
 {
     const struct
@@ -184,6 +234,8 @@ TEST(ValueSharing, CopiesMadeAndDroppedFromManyThreads)
     const String text("shared between threads");
     const CIMValue value(text);
     const CIMValue array(Array<String>(4, text));
+    const CIMDateTime when("20240102030405.000000+000");
+    const CIMValue time(when);
     std::vector<std::thread> threads;
     std::vector<int> wrong(4, 0);
     for (size_t t = 0; t < wrong.size(); t++)
@@ -197,7 +249,11 @@ TEST(ValueSharing, CopiesMadeAndDroppedFromManyThreads)
                 String back;
                 v.get(back);
                 s.append(Char16('!'));
-                if (back != text || s.size() != text.size() + 1 || a.getArraySize() != 4)
+                CIMDateTime d;
+                time.get(d);
+                d.setUtcOffSet(60);
+                if (back != text || s.size() != text.size() + 1 || a.getArraySize() != 4 ||
+                    !time.equal(CIMValue(when)) || d.equal(when))
                 {
                     wrong[t]++;
                 }

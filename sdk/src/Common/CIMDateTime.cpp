@@ -1,6 +1,7 @@
 #include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/Exception.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -100,7 +101,8 @@ Boolean _allStars(const char* text, Uint32 begin, Uint32 end)
 
 } // namespace
 
-struct CIMDateTimeRep
+// What a date-time is.
+struct DateTimeFields
 {
     char text[TEXT_LENGTH + 1];
     Boolean interval;
@@ -110,7 +112,7 @@ struct CIMDateTimeRep
     // Minutes east of UTC.
     Sint32 utcOffset;
 
-    CIMDateTimeRep()
+    DateTimeFields()
     {
         strcpy(text, "00000000000000.000000:000");
         interval = true;
@@ -236,6 +238,27 @@ struct CIMDateTimeRep
     }
 };
 
+// Shared by copies, which is what makes a copy (a value read out of an
+// instance, say) cheap; changed in place only while one handle holds it.
+struct CIMDateTimeRep
+{
+    std::atomic<Uint32> refs{1};
+    DateTimeFields f;
+};
+
+namespace
+{
+
+void _unref(CIMDateTimeRep* rep)
+{
+    if (rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+    {
+        delete rep;
+    }
+}
+
+} // namespace
+
 namespace
 {
 
@@ -287,7 +310,10 @@ CIMDateTime::CIMDateTime(const String& str) : _rep(new CIMDateTimeRep)
     set(str);
 }
 
-CIMDateTime::CIMDateTime(const CIMDateTime& x) : _rep(new CIMDateTimeRep(*x._rep)) {}
+CIMDateTime::CIMDateTime(const CIMDateTime& x) : _rep(x._rep)
+{
+    _rep->refs.fetch_add(1, std::memory_order_relaxed);
+}
 
 CIMDateTime::CIMDateTime(Uint64 usec, Boolean isInterval) : _rep(new CIMDateTimeRep)
 {
@@ -324,32 +350,53 @@ CIMDateTime::CIMDateTime(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 secon
     set(_format(true, usec, 0, numSignificantMicrosecondDigits));
 }
 
-CIMDateTime::~CIMDateTime() {}
+CIMDateTime::~CIMDateTime()
+{
+    _unref(_rep);
+}
 
 CIMDateTime& CIMDateTime::operator=(const CIMDateTime& x)
 {
-    *_rep = *x._rep;
+    if (_rep != x._rep)
+    {
+        x._rep->refs.fetch_add(1, std::memory_order_relaxed);
+        _unref(_rep);
+        _rep = x._rep;
+    }
     return *this;
+}
+
+void CIMDateTime::_replace(const DateTimeFields& fields)
+{
+    if (_rep->refs.load(std::memory_order_acquire) == 1)
+    {
+        _rep->f = fields;
+        return;
+    }
+    CIMDateTimeRep* mine = new CIMDateTimeRep;
+    mine->f = fields;
+    _unref(_rep);
+    _rep = mine;
 }
 
 String CIMDateTime::toString() const
 {
-    return String(_rep->text);
+    return String(_rep->f.text);
 }
 
 void CIMDateTime::set(const String& str)
 {
-    CIMDateTimeRep rep;
-    if (!rep.parse(str))
+    DateTimeFields fields;
+    if (!fields.parse(str))
     {
         throw InvalidDateTimeFormatException();
     }
-    *_rep = rep;
+    _replace(fields);
 }
 
 void CIMDateTime::clear()
 {
-    *_rep = CIMDateTimeRep();
+    _replace(DateTimeFields());
 }
 
 CIMDateTime CIMDateTime::getCurrentDateTime()
@@ -377,32 +424,32 @@ Sint64 CIMDateTime::getDifference(CIMDateTime startTime, CIMDateTime finishTime)
 
 Boolean CIMDateTime::isInterval() const
 {
-    return _rep->interval;
+    return _rep->f.interval;
 }
 
 Boolean CIMDateTime::isInterval()
 {
-    return _rep->interval;
+    return _rep->f.interval;
 }
 
 Boolean CIMDateTime::isTimeStamp() const
 {
-    return !_rep->interval;
+    return !_rep->f.interval;
 }
 
 Boolean CIMDateTime::equal(const CIMDateTime& x) const
 {
-    return _rep->interval == x._rep->interval && toMicroSeconds() == x.toMicroSeconds();
+    return _rep->f.interval == x._rep->f.interval && toMicroSeconds() == x.toMicroSeconds();
 }
 
 Uint64 CIMDateTime::toMicroSeconds() const
 {
-    return _rep->utcUsec();
+    return _rep->f.utcUsec();
 }
 
 void CIMDateTime::setUtcOffSet(Sint32 utc)
 {
-    if (_rep->interval)
+    if (_rep->f.interval)
     {
         throw InvalidDateTimeFormatException();
     }
@@ -412,8 +459,10 @@ void CIMDateTime::setUtcOffSet(Sint32 utc)
     }
     char tail[8];
     snprintf(tail, sizeof(tail), "%c%03d", utc < 0 ? '-' : '+', utc < 0 ? -utc : utc);
-    memcpy(_rep->text + SIGN, tail, 4);
-    _rep->utcOffset = utc;
+    DateTimeFields fields = _rep->f;
+    memcpy(fields.text + SIGN, tail, 4);
+    fields.utcOffset = utc;
+    _replace(fields);
 }
 
 CIMDateTime CIMDateTime::operator+(const CIMDateTime& x) const
@@ -424,10 +473,10 @@ CIMDateTime CIMDateTime::operator+(const CIMDateTime& x) const
     }
     if (isInterval())
     {
-        return CIMDateTime(_rep->localUsec + x._rep->localUsec, true);
+        return CIMDateTime(_rep->f.localUsec + x._rep->f.localUsec, true);
     }
     CIMDateTime result;
-    result.set(_format(false, _rep->localUsec + x._rep->localUsec, _rep->utcOffset, 6));
+    result.set(_format(false, _rep->f.localUsec + x._rep->f.localUsec, _rep->f.utcOffset, 6));
     return result;
 }
 
@@ -453,12 +502,12 @@ CIMDateTime CIMDateTime::operator-(const CIMDateTime& x) const
         }
         return CIMDateTime(a - b, true);
     }
-    if (x._rep->localUsec > _rep->localUsec)
+    if (x._rep->f.localUsec > _rep->f.localUsec)
     {
         throw DateTimeOutOfRangeException(String("time stamp before year 0"));
     }
     CIMDateTime result;
-    result.set(_format(false, _rep->localUsec - x._rep->localUsec, _rep->utcOffset, 6));
+    result.set(_format(false, _rep->f.localUsec - x._rep->f.localUsec, _rep->f.utcOffset, 6));
     return result;
 }
 

@@ -261,8 +261,12 @@ struct CIMValueAccess
         {
             return CIMValue::TEXT;
         }
-        else if constexpr (std::is_same_v<T, CIMDateTime> || std::is_same_v<T, CIMObjectPath> ||
-                           std::is_same_v<T, CIMObject> || std::is_same_v<T, CIMInstance>)
+        else if constexpr (std::is_same_v<T, CIMDateTime>)
+        {
+            return CIMValue::TIME;
+        }
+        else if constexpr (std::is_same_v<T, CIMObjectPath> || std::is_same_v<T, CIMObject> ||
+                           std::is_same_v<T, CIMInstance>)
         {
             return CIMValue::SHARED;
         }
@@ -291,6 +295,15 @@ struct CIMValueAccess
         return *std::launder(reinterpret_cast<const String*>(v._data));
     }
 
+    static_assert(sizeof(String) <= sizeof(CIMValue::_data) &&
+                      sizeof(CIMDateTime) <= sizeof(CIMValue::_data),
+                  "held in place");
+
+    static const CIMDateTime& time(const CIMValue& v)
+    {
+        return *std::launder(reinterpret_cast<const CIMDateTime*>(v._data));
+    }
+
     template <class T> static T bits(const CIMValue& v)
     {
         T x;
@@ -313,6 +326,10 @@ struct CIMValueAccess
         {
             std::launder(reinterpret_cast<String*>(v._data))->~String();
         }
+        else if (v._form == CIMValue::TIME)
+        {
+            std::launder(reinterpret_cast<CIMDateTime*>(v._data))->~CIMDateTime();
+        }
         v._form = CIMValue::NOTHING;
     }
 
@@ -324,6 +341,10 @@ struct CIMValueAccess
         if (x._form == CIMValue::TEXT)
         {
             new (v._data) String(text(x));
+        }
+        else if (x._form == CIMValue::TIME)
+        {
+            new (v._data) CIMDateTime(time(x));
         }
         else
         {
@@ -344,6 +365,12 @@ struct CIMValueAccess
             String keep(x);
             release(v);
             new (v._data) String(std::move(keep));
+        }
+        else if constexpr (scalarForm<T>() == CIMValue::TIME)
+        {
+            CIMDateTime keep(x);
+            release(v);
+            new (v._data) CIMDateTime(keep);
         }
         else if constexpr (scalarForm<T>() == CIMValue::SHARED)
         {
@@ -397,6 +424,10 @@ struct CIMValueAccess
         if constexpr (scalarForm<T>() == CIMValue::TEXT)
         {
             return text(v);
+        }
+        else if constexpr (scalarForm<T>() == CIMValue::TIME)
+        {
+            return time(v);
         }
         else if constexpr (scalarForm<T>() == CIMValue::SHARED)
         {
@@ -485,6 +516,8 @@ struct CIMValueAccess
             return true;
         case CIMValue::TEXT:
             return String::equal(text(v), text(x));
+        case CIMValue::TIME:
+            return _elementEqual(time(v), time(x));
         case CIMValue::BITS:
             return dispatch(CIMType(v._type),
                             [&](auto t)
@@ -511,6 +544,8 @@ struct CIMValueAccess
             return String();
         case CIMValue::TEXT:
             return text(v);
+        case CIMValue::TIME:
+            return _text(time(v));
         case CIMValue::BITS:
             return dispatch(CIMType(v._type),
                             [&](auto t) { return _text(scalar<decltype(t)>(v)); });

@@ -10,6 +10,7 @@
 PEGASUS_NAMESPACE_BEGIN
 
 struct CIMDateTimeRep;
+struct DateTimeFields;
 
 // A CIM date-time: either a time stamp "yyyymmddhhmmss.mmmmmmsutc" (s is
 // '+' or '-', utc the offset from UTC in minutes) or an interval
@@ -74,7 +75,11 @@ public:
     Boolean operator!=(const CIMDateTime& x) const;
 
 private:
-    std::unique_ptr<CIMDateTimeRep> _rep;
+    // Gives this value these fields, in place when no copy shares them.
+    void _replace(const DateTimeFields& fields);
+
+    // Copies share it (counted); never null.
+    CIMDateTimeRep* _rep;
 };
 
 PEGASUS_COMMON_LINKAGE Boolean operator==(const CIMDateTime& x, const CIMDateTime& y);

@@ -167,6 +167,7 @@ private:
         NOTHING,  // a null value
         BITS,     // a boolean, number or char16, in its own width
         TEXT,     // a String
+        TIME,     // a CIMDateTime (a counted handle, like String)
         SHARED    // a CIMValueRep*, which never changes while shared
     };
 

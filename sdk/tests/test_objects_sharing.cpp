@@ -14,6 +14,8 @@
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Sdk/Ownership.h>
 
+#include "../src/Common/SdkRepAccess.h"
+
 PEGASUS_USING_PEGASUS;
 
 namespace
@@ -423,5 +425,62 @@ TEST(ObjectsSharing, CopiesShareOnlyWhatNoHandleReaches)
         // The property never reached stays the class's, unchanged everywhere.
         EXPECT_EQ(CIMValue(String("n")), copy.getProperty(1).getValue());
         EXPECT_EQ(classBefore, dump(cls));
+    }
+}
+
+// The flags a list keeps of what it handed out, against a plain model, past
+// the 64 held in place and across that boundary when elements are removed.
+TEST(ObjectsSharing, OutFlagsFollowAPlainModel)
+{
+    OutSet flags;
+    std::vector<bool> model;
+    unsigned seed = 12345;
+    auto next = [&seed](unsigned n) {
+        seed = seed * 1103515245u + 12345u;
+        return (seed >> 8) % n;
+    };
+    for (int step = 0; step < 20000; step++)
+    {
+        const size_t size = model.size();
+        const unsigned op = next(8);
+        if (op < 3 || size == 0)
+        {
+            model.push_back(false);
+        }
+        else if (op < 5)
+        {
+            size_t i = next(unsigned(size));
+            flags.set(i);
+            model[i] = true;
+        }
+        else if (op < 6)
+        {
+            size_t i = next(unsigned(size));
+            flags.reset(i);
+            model[i] = false;
+        }
+        else if (op < 7 && size > 40)
+        {
+            size_t i = next(unsigned(size));
+            flags.erase(i);
+            model.erase(model.begin() + long(i));
+        }
+        else if (next(400) == 0)
+        {
+            flags.clear();
+            model.assign(model.size(), false);
+        }
+        bool any = false;
+        for (size_t i = 0; i < model.size(); i++)
+        {
+            ASSERT_EQ(model[i], flags.test(i)) << "step " << step << ", flag " << i;
+            any = any || model[i];
+        }
+        ASSERT_EQ(any, flags.any()) << "step " << step;
+        if (model.size() > 150)
+        {
+            model.resize(0);
+            flags.clear();
+        }
     }
 }

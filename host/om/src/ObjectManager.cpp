@@ -795,7 +795,7 @@ void ObjectManager::enumerateInstances(const OperationContext& context,
                     {
                         filterClass = delivered.getClassName();
                         filter.classProperties = allowedFor(filterClass);
-                        filter.decisions.clear();
+                        filter.forgetDecisions();
                     }
                     CIMInstance instance = filterInstance(delivered, filter);
                     _impl->completeInstancePath(instance, nameSpace);

@@ -28,34 +28,43 @@ bool inPropertyList(const CIMPropertyList& list, const CIMName& name)
 
 CIMInstance filterInstance(const CIMInstance& instance, const InstanceFilter& filter)
 {
-    // Decided on the names alone; the instance is copied only when something
-    // is to go, and otherwise handed on as the provider made it.
-    Sdk::propertyNames(instance, filter.names);
-    const Uint32 count = Uint32(filter.names.size());
-    if (filter.decisions.size() != count)
+    // Decided once per shape of instance (its properties' declarations),
+    // on the names alone: the instance is copied only when something is to
+    // go, and otherwise handed on as the provider made it.
+    if (!filter.shape.matches(instance))
     {
-        filter.decisions.assign(count, InstanceFilter::Decision());
-    }
-    bool dropAny = false;
-    for (Uint32 i = 0; i < count; i++)
-    {
-        const CIMName& name = filter.names[i];
-        InstanceFilter::Decision& known = filter.decisions[i];
-        if (known.name.isNull() || !known.name.equal(name))
+        filter.shape.take(instance);
+        Sdk::propertyNames(instance, filter.names);
+        const Uint32 count = Uint32(filter.names.size());
+        if (filter.decisions.size() != count)
         {
-            known.name = name;
-            known.keep =
-                (!filter.classProperties ||
-                 filter.classProperties->count(lower(name.getString())) > 0) &&
-                (filter.propertyList.isNull() || inPropertyList(filter.propertyList, name));
+            filter.decisions.assign(count, InstanceFilter::Decision());
         }
-        dropAny = dropAny || !known.keep;
+        bool dropAny = false;
+        for (Uint32 i = 0; i < count; i++)
+        {
+            const CIMName& name = filter.names[i];
+            InstanceFilter::Decision& known = filter.decisions[i];
+            if (known.name.isNull() || !known.name.equal(name))
+            {
+                known.name = name;
+                known.keep =
+                    (!filter.classProperties ||
+                     filter.classProperties->count(lower(name.getString())) > 0) &&
+                    (filter.propertyList.isNull() || inPropertyList(filter.propertyList, name));
+            }
+            dropAny = dropAny || !known.keep;
+        }
+        filter.shapeDrops = dropAny;
+        filter.shapeCarries = Sdk::declarationsCarryMoreThan(instance, filter.includeQualifiers,
+                                                             filter.includeClassOrigin);
     }
-    if (!dropAny &&
-        !Sdk::carriesMoreThan(instance, filter.includeQualifiers, filter.includeClassOrigin))
+    if (!filter.shapeDrops && !filter.shapeCarries &&
+        (filter.includeQualifiers || !Sdk::carriesOwnQualifiers(instance)))
     {
         return instance;
     }
+    const Uint32 count = Uint32(filter.decisions.size());
     CIMInstance result = Sdk::exclusiveInstance(instance);
     for (Uint32 i = count; i-- > 0;)
     {

@@ -4,6 +4,7 @@
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/CIMPropertyList.h>
+#include <Pegasus/Sdk/Ownership.h>
 
 #include <set>
 #include <string>
@@ -31,8 +32,8 @@ struct InstanceFilter
     bool includeClassOrigin = false;
 
     /** Decisions by position, reused while instances come with the same
-        property names (an enumeration's instances all do); cleared by
-        whoever changes the rules above. */
+        property names (an enumeration's instances all do); forgotten
+        (forgetDecisions) by whoever changes the rules above. */
     struct Decision
     {
         Pegasus::CIMName name;
@@ -40,6 +41,18 @@ struct InstanceFilter
     };
     mutable std::vector<Decision> decisions;
     mutable std::vector<Pegasus::CIMName> names; // room reused per instance
+
+    /** The declarations the decisions were made for, and what followed
+        from them alone; cleared with the decisions. */
+    mutable Pegasus::Sdk::PropertyShape shape;
+    mutable bool shapeDrops = false;
+    mutable bool shapeCarries = false;
+
+    void forgetDecisions()
+    {
+        decisions.clear();
+        shape.clear();
+    }
 };
 
 /**

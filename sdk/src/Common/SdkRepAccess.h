@@ -5,6 +5,7 @@
 // implementation files reach a handle's representation. Not installed.
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -134,6 +135,98 @@ struct OutsideReach
     }
 };
 
+// Which elements of a list are out: a flag each, the first 64 in place so
+// that most lists need no allocation for them.
+class OutSet
+{
+public:
+    bool any() const
+    {
+        return _count != 0;
+    }
+    bool test(size_t i) const
+    {
+        return i < 64 ? ((_low >> i) & 1) != 0 : (i - 64 < _high.size() && _high[i - 64]);
+    }
+    void set(size_t i)
+    {
+        if (test(i))
+        {
+            return;
+        }
+        _count++;
+        if (i < 64)
+        {
+            _low |= _bit(i);
+            return;
+        }
+        if (_high.size() <= i - 64)
+        {
+            _high.resize(i - 63, 0);
+        }
+        _high[i - 64] = 1;
+    }
+    void reset(size_t i)
+    {
+        if (!test(i))
+        {
+            return;
+        }
+        _count--;
+        if (i < 64)
+        {
+            _low &= ~_bit(i);
+        }
+        else
+        {
+            _high[i - 64] = 0;
+        }
+    }
+    void clear()
+    {
+        _low = 0;
+        _high.clear();
+        _count = 0;
+    }
+    // Element i left the list: the flags after it move down by one.
+    void erase(size_t i)
+    {
+        if (test(i))
+        {
+            _count--;
+        }
+        if (i >= 64)
+        {
+            if (i - 64 < _high.size())
+            {
+                _high.erase(_high.begin() + (i - 64));
+            }
+            return;
+        }
+        const uint64_t below = _low & (_bit(i) - 1);
+        const uint64_t above = i == 63 ? 0 : (_low >> (i + 1)) << i;
+        _low = below | above;
+        if (!_high.empty())
+        {
+            if (_high[0])
+            {
+                _low |= _bit(63);
+            }
+            _high.erase(_high.begin());
+        }
+    }
+
+private:
+    static uint64_t _bit(size_t i)
+    {
+        return uint64_t(1) << i;
+    }
+
+    uint64_t _low = 0;
+    std::vector<unsigned char> _high;
+    Uint32 _count = 0;
+};
+
 template <class T>
 class NamedList
 {
@@ -147,9 +240,9 @@ class NamedList
         Block& operator=(const Block&) = delete;
 
         std::vector<T> items;
-        // Per element: handed out by the list owning this block. Empty while
-        // none is; a block with one set is never shared.
-        std::vector<unsigned char> out;
+        // Per element: handed out by the list owning this block. A block
+        // with one set is never shared.
+        OutSet out;
         // Once given to a second list a block never changes again, even
         // after the other list has let go: whatever that list's thread read
         // of it is not ordered before a change made here.
@@ -272,10 +365,6 @@ public:
     {
         Block& block = _ownBlock();
         block.items.push_back(std::move(x));
-        if (!block.out.empty())
-        {
-            block.out.push_back(0);
-        }
     }
 
     void reserve(size_t n)
@@ -290,7 +379,7 @@ public:
     {
         Guard guard(_lock);
         checkIndex(index, _block ? _block->items.size() : 0);
-        if (!_block->out.empty() && _block->out[index])
+        if (_block->out.test(index))
         {
             return _block->items[index];
         }
@@ -309,7 +398,7 @@ public:
     {
         Guard guard(_lock);
         checkIndex(index, _block ? _block->items.size() : 0);
-        if (!_block->out.empty() && _block->out[index])
+        if (_block->out.test(index))
         {
             return _block->items[index];
         }
@@ -331,10 +420,7 @@ public:
         checkIndex(index, count());
         Block& block = _ownBlock();
         block.items.erase(block.items.begin() + index);
-        if (!block.out.empty())
-        {
-            block.out.erase(block.out.begin() + index);
-        }
+        block.out.erase(index);
     }
 
     void clear()
@@ -353,13 +439,13 @@ public:
     bool soleOwner() const
     {
         Guard guard(_lock);
-        if (!_block || _block->out.empty())
+        if (!_block || !_block->out.any())
         {
             return true;
         }
         for (size_t i = 0; i < _block->items.size(); i++)
         {
-            if (_block->out[i] && OutsideReach<T>::reached(_block->items[i]))
+            if (_block->out.test(i) && OutsideReach<T>::reached(_block->items[i]))
             {
                 return false;
             }
@@ -414,8 +500,7 @@ private:
 
     static void _markOut(Block& block, size_t index)
     {
-        block.out.resize(block.items.size(), 0);
-        block.out[index] = 1;
+        block.out.set(index);
     }
 
     // What a copy of this list starts from. An element handed out earlier
@@ -428,7 +513,7 @@ private:
         {
             return _block;
         }
-        if (_block->out.empty())
+        if (!_block->out.any())
         {
             _block->shared.store(true, std::memory_order_relaxed);
             return _block;
@@ -436,11 +521,11 @@ private:
         bool reached = false;
         for (size_t i = 0; i < _block->items.size(); i++)
         {
-            if (_block->out[i] && !OutsideReach<T>::reached(_block->items[i]))
+            if (_block->out.test(i) && !OutsideReach<T>::reached(_block->items[i]))
             {
-                _block->out[i] = 0;
+                _block->out.reset(i);
             }
-            reached = reached || _block->out[i];
+            reached = reached || _block->out.test(i);
         }
         if (!reached)
         {
@@ -453,7 +538,7 @@ private:
         for (size_t i = 0; i < _block->items.size(); i++)
         {
             const T& x = _block->items[i];
-            copy->items.push_back(_block->out[i] ? x.clone() : x);
+            copy->items.push_back(_block->out.test(i) ? x.clone() : x);
         }
         return copy;
     }

@@ -47,6 +47,73 @@ bool carriesMoreThan(const CIMConstInstance& instance, Boolean includeQualifiers
     return false;
 }
 
+PropertyShape::PropertyShape() = default;
+PropertyShape::~PropertyShape() = default;
+
+bool PropertyShape::matches(const CIMConstInstance& instance) const
+{
+    const auto properties = needRep(SdkRepAccess::rep(instance)).properties.view();
+    if (properties.size() != _declarations.size())
+    {
+        return false;
+    }
+    for (size_t i = 0; i < properties.size(); i++)
+    {
+        if (SdkRepAccess::rep(properties[i])->decl.get() != _declarations[i].get())
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+void PropertyShape::take(const CIMConstInstance& instance)
+{
+    const auto properties = needRep(SdkRepAccess::rep(instance)).properties.view();
+    _declarations.clear();
+    for (const CIMProperty& p : properties)
+    {
+        _declarations.push_back(SdkRepAccess::rep(p)->decl);
+    }
+}
+
+void PropertyShape::clear()
+{
+    _declarations.clear();
+}
+
+bool declarationsCarryMoreThan(const CIMConstInstance& instance, Boolean includeQualifiers,
+                               Boolean includeClassOrigin)
+{
+    for (const CIMProperty& p : needRep(SdkRepAccess::rep(instance)).properties.view())
+    {
+        const CIMPropertyDecl& decl = *SdkRepAccess::rep(p)->decl;
+        if ((!includeQualifiers && decl.qualifiers.count() != 0) ||
+            (!includeClassOrigin && !decl.classOrigin.isNull()))
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool carriesOwnQualifiers(const CIMConstInstance& instance)
+{
+    const CIMObjectRep& rep = needRep(SdkRepAccess::rep(instance));
+    if (rep.qualifiers.count() != 0)
+    {
+        return true;
+    }
+    for (const CIMProperty& p : rep.properties.view())
+    {
+        if (SdkRepAccess::rep(p)->hasOwnQualifiers())
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace Sdk
 
 PEGASUS_NAMESPACE_END

@@ -4,6 +4,7 @@
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/Linkage.h>
 
+#include <memory>
 #include <vector>
 
 PEGASUS_NAMESPACE_BEGIN
@@ -28,6 +29,38 @@ PEGASUS_COMMON_LINKAGE void propertyNames(const CIMConstInstance& instance,
 PEGASUS_COMMON_LINKAGE bool carriesMoreThan(const CIMConstInstance& instance,
                                             Boolean includeQualifiers,
                                             Boolean includeClassOrigin);
+
+// The declarations an instance's properties read from, in order. The
+// instances a provider builds from one class mostly share them, and with
+// them their names, qualifiers and class origins, so what depends only on
+// those can be decided once per shape rather than once per instance. Held
+// declarations stay as they are: a shared one is never changed in place.
+class PEGASUS_COMMON_LINKAGE PropertyShape
+{
+public:
+    PropertyShape();
+    ~PropertyShape();
+    PropertyShape(const PropertyShape&) = delete;
+    PropertyShape& operator=(const PropertyShape&) = delete;
+
+    // True when the instance's properties read from exactly these
+    // declarations, in this order.
+    bool matches(const CIMConstInstance& instance) const;
+    // From now on, the instance's.
+    void take(const CIMConstInstance& instance);
+    void clear();
+
+private:
+    std::vector<std::shared_ptr<const void>> _declarations;
+};
+
+// The part of carriesMoreThan() that depends on the declarations alone.
+PEGASUS_COMMON_LINKAGE bool declarationsCarryMoreThan(const CIMConstInstance& instance,
+                                                      Boolean includeQualifiers,
+                                                      Boolean includeClassOrigin);
+
+// The rest: qualifiers of the instance itself, or a property's own list.
+PEGASUS_COMMON_LINKAGE bool carriesOwnQualifiers(const CIMConstInstance& instance);
 
 } // namespace Sdk
 

@@ -789,6 +789,7 @@ void ObjectManager::enumerateInstances(const OperationContext& context,
                 filter.includeQualifiers = includeQualifiers;
                 filter.includeClassOrigin = includeClassOrigin;
                 CIMName filterClass;
+                collector.releaseAfterAnswer = true;
                 collector.forward = [&](const CIMInstance& delivered) {
                     // The class's rules are looked up when the class changes.
                     if (filterClass.isNull() || !filterClass.equal(delivered.getClassName()))

@@ -1,5 +1,7 @@
 #include "ResponseCollectors.h"
 
+#include <cimom/ObjectManager.h>
+
 #include <cstdio>
 
 PEGASUS_USING_PEGASUS;
@@ -105,9 +107,36 @@ void InstanceCollector::deliver(const Array<CIMInstance>& instances)
         {
             forward(instances[i]);
         }
+        if (releaseAfterAnswer)
+        {
+            ReleaseAfterAnswer::keep(instances);
+        }
         return;
     }
     results.appendArray(instances);
+}
+
+namespace
+{
+thread_local ReleaseAfterAnswer* t_innermost = nullptr;
+}
+
+ReleaseAfterAnswer::ReleaseAfterAnswer() : _outer(t_innermost)
+{
+    t_innermost = this;
+}
+
+ReleaseAfterAnswer::~ReleaseAfterAnswer()
+{
+    t_innermost = _outer;
+}
+
+void ReleaseAfterAnswer::keep(const Array<CIMInstance>& delivered)
+{
+    if (t_innermost)
+    {
+        t_innermost->_latest = delivered;
+    }
 }
 
 ObjectPathCollector::ObjectPathCollector(const std::string& provider, const char* operation)

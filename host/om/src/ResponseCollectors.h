@@ -56,6 +56,8 @@ public:
     Pegasus::Array<Pegasus::CIMInstance> results;
     /// When set, each delivered instance goes here instead of into results.
     std::function<void(const Pegasus::CIMInstance&)> forward;
+    /// Forwarded arrays are let go after the answer (ReleaseAfterAnswer).
+    bool releaseAfterAnswer = false;
 
 private:
     CallOrderTracker _order;

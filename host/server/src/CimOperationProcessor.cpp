@@ -3,6 +3,7 @@
 #include "CimXmlWriter.h"
 
 #include <ORV_ClientAddressContainer.h>
+#include <cimom/ObjectManager.h>
 #include <Pegasus/Common/CIMPropertyList.h>
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/OperationContext.h>
@@ -563,6 +564,8 @@ HttpResponse CimOperationProcessor::handle(const HttpRequest& http)
     }
     response.headers.emplace_back(prefix + "CIMOperation", "MethodResponse");
 
+    // Declared before the output, so gone after the answer's end went out.
+    cimom::ReleaseAfterAnswer releaseAfterAnswer;
     ResponseOutput output(http, response, _maxAnswerBytes);
     const char* element = request.intrinsic ? "IMETHODRESPONSE" : "METHODRESPONSE";
     output.append(cimxml::messageStart(request.messageId) + "<" + element + " NAME=\"" +

@@ -234,6 +234,31 @@ private:
     std::unique_ptr<Impl> _impl;
 };
 
+/**
+    While one exists on a thread, the latest array a provider delivered to a
+    streamed enumeration (enumerateInstances with a sink) on that thread is
+    let go when it goes, not when the provider returns. A host makes one per
+    request and drops it once the answer is out: freeing a hundred thousand
+    instances then no longer holds up the answer's last bytes. Only the
+    latest delivery is kept, so a provider that delivers in chunks still has
+    each one freed as the next arrives.
+*/
+class ReleaseAfterAnswer
+{
+public:
+    ReleaseAfterAnswer();
+    ~ReleaseAfterAnswer();
+    ReleaseAfterAnswer(const ReleaseAfterAnswer&) = delete;
+    ReleaseAfterAnswer& operator=(const ReleaseAfterAnswer&) = delete;
+
+    /** Keeps `delivered` in the thread's innermost one, if there is one. */
+    static void keep(const Pegasus::Array<Pegasus::CIMInstance>& delivered);
+
+private:
+    Pegasus::Array<Pegasus::CIMInstance> _latest;
+    ReleaseAfterAnswer* _outer;
+};
+
 } // namespace cimom
 
 #endif

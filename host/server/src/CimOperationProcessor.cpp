@@ -30,7 +30,7 @@ namespace
 {
 const char cimPath[] = "/cimom";
 // Encoded results are handed to the connection in pieces of about this size.
-const size_t batchBytes = 64 * 1024;
+const size_t batchBytes = 256 * 1024;
 
 // The IRETURNVALUE of a pull: a page is megabytes, so it is sized once rather
 // than grown by doubling, and each item is let go once copied.

@@ -321,7 +321,14 @@ public:
     // search starts after the last hit.
     Uint32 find(const CIMName& name) const
     {
-        View items = view();
+        // Under the lock rather than through a view: a lookup per property
+        // set is the commonest call, and a view costs two more atomics.
+        Guard guard(_lock);
+        if (!_block)
+        {
+            return PEG_NOT_FOUND;
+        }
+        const std::vector<T>& items = _block->items;
         const size_t n = items.size();
         size_t i = _hint.load(std::memory_order_relaxed);
         if (i >= n)
@@ -430,7 +437,8 @@ public:
 
     Uint32 count() const
     {
-        return Uint32(view().size());
+        Guard guard(_lock);
+        return _block ? Uint32(_block->items.size()) : 0;
     }
 
     // True when no handle outside the lists reaches an element: every change

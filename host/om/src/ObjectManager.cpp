@@ -740,6 +740,10 @@ Array<CIMInstance> ObjectManager::enumerateInstances(const OperationContext& con
                                                      Boolean includeClassOrigin,
                                                      const CIMPropertyList& propertyList)
 {
+    // The result holds what was delivered; a request's hold must not keep
+    // a copy past this call (a provider reaching other classes through its
+    // handle would otherwise keep the last of them alive to the answer's end).
+    ReleaseAfterAnswer notPastThisCall;
     Array<CIMInstance> result;
     enumerateInstances(context, nameSpace, className, deepInheritance, localOnly,
                        includeQualifiers, includeClassOrigin, propertyList,

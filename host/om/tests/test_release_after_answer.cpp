@@ -4,11 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <malloc.h>
-
+#include <functional>
 #include <thread>
 
 #include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Sdk/Ownership.h>
 #include <cimom/ObjectManager.h>
 
 PEGASUS_USING_PEGASUS;
@@ -16,72 +16,71 @@ PEGASUS_USING_PEGASUS;
 namespace
 {
 
-// Enough instances that their heap stands out from anything else the test does.
-Array<CIMInstance> many()
+Array<CIMInstance> delivery()
 {
     Array<CIMInstance> out;
-    for (int i = 0; i < 2000; i++)
+    for (int i = 0; i < 3; i++)
     {
         CIMInstance inst(CIMName("Test_Stats"));
-        inst.addProperty(CIMProperty(CIMName("InstanceID"),
-                                     CIMValue(String("an instance ID long enough to be counted"))));
+        inst.addProperty(CIMProperty(CIMName("InstanceID"), CIMValue(String("id"))));
         out.append(inst);
     }
     return out;
 }
 
-size_t heapInUse()
+// Whether anything but `probe` still holds its object: a change made through
+// an exclusive handle then goes into a copy and does not show in `probe`.
+bool heldElsewhere(const CIMInstance& probe)
 {
-    return mallinfo2().uordblks;
+    CIMInstance exclusive = Sdk::exclusiveInstance(probe);
+    exclusive.setPath(CIMObjectPath("Test_Stats.InstanceID=\"changed\""));
+    const bool elsewhere = probe.getPath().toString() != exclusive.getPath().toString();
+    return elsewhere;
 }
 
-// What `deliver` leaves held after the provider let go of its array.
-size_t heldAfter(const std::function<void(Array<CIMInstance>&)>& deliver)
+// Delivers a fresh array as a provider would, lets the provider's array go,
+// and returns a handle to one of its instances.
+CIMInstance deliverAndDrop()
 {
-    const size_t before = heapInUse();
-    {
-        Array<CIMInstance> providers = many();
-        deliver(providers);
-    }
-    const size_t after = heapInUse();
-    return after > before ? after - before : 0;
+    Array<CIMInstance> providers = delivery();
+    cimom::ReleaseAfterAnswer::keep(providers);
+    return providers[1];
 }
-
-const size_t MUCH = 200 * 1024; // 2000 instances take well over this
 
 } // namespace
 
 TEST(ReleaseAfterAnswer, HoldsTheLatestDeliveryUntilItGoes)
 {
     // No hold on this thread: nothing is kept.
-    EXPECT_LT(heldAfter([](Array<CIMInstance>& a) { cimom::ReleaseAfterAnswer::keep(a); }), MUCH);
+    EXPECT_FALSE(heldElsewhere(deliverAndDrop()));
 
-    size_t held = 0;
-    size_t afterHold = 0;
-    const size_t start = heapInUse();
+    CIMInstance kept;
     {
         cimom::ReleaseAfterAnswer hold;
-        held = heldAfter([](Array<CIMInstance>& a) { cimom::ReleaseAfterAnswer::keep(a); });
-        // A second delivery replaces the first, which is freed then.
-        const size_t second =
-            heldAfter([](Array<CIMInstance>& a) { cimom::ReleaseAfterAnswer::keep(a); });
-        EXPECT_LT(second, MUCH);
+        CIMInstance first = deliverAndDrop();
+        EXPECT_TRUE(heldElsewhere(first));
+
+        // A second delivery replaces the first.
+        CIMInstance second = deliverAndDrop();
+        EXPECT_FALSE(heldElsewhere(first));
+        EXPECT_TRUE(heldElsewhere(second));
 
         // Another thread's deliveries are not this hold's.
-        std::thread other([] {
-            EXPECT_LT(heldAfter([](Array<CIMInstance>& a) { cimom::ReleaseAfterAnswer::keep(a); }),
-                      MUCH);
-        });
+        std::thread other([] { EXPECT_FALSE(heldElsewhere(deliverAndDrop())); });
         other.join();
+        EXPECT_TRUE(heldElsewhere(second));
 
-        // An inner hold takes what is delivered while it exists.
+        // An inner hold takes what is delivered while it exists, and lets
+        // it go when it goes; the outer one keeps what it had.
         {
             cimom::ReleaseAfterAnswer inner;
-            EXPECT_GT(heldAfter([](Array<CIMInstance>& a) { cimom::ReleaseAfterAnswer::keep(a); }),
-                      MUCH);
+            first = deliverAndDrop();
+            EXPECT_TRUE(heldElsewhere(first));
         }
+        EXPECT_FALSE(heldElsewhere(first));
+        EXPECT_TRUE(heldElsewhere(second));
+        kept = second;
     }
-    afterHold = heapInUse();
-    EXPECT_GT(held, MUCH);
-    EXPECT_LT(afterHold > start ? afterHold - start : 0, MUCH);
+    // The hold went with the answer: `kept` is all that is left.
+    EXPECT_FALSE(heldElsewhere(kept));
 }

@@ -66,31 +66,36 @@ TEST(ResultFilter, EachInstanceIsFilteredAsIfSeenAlone)
     } kinds[] = {
         {"plain", [&] { return built(cls, 1); }},
         {"with a qualifier of its own",
-         [&] {
+         [&]
+         {
              CIMInstance inst = built(cls, 2);
              inst.getProperty(1).addQualifier(
                  CIMQualifier(CIMName("Counter"), CIMValue(Boolean(true))));
              return inst;
          }},
         {"with an instance qualifier",
-         [&] {
+         [&]
+         {
              CIMInstance inst = built(cls, 3);
              inst.addQualifier(CIMQualifier(CIMName("Description"), CIMValue(String("x"))));
              return inst;
          }},
         {"lacking a property",
-         [&] {
+         [&]
+         {
              CIMInstance inst = built(cls, 4);
              inst.removeProperty(inst.findProperty(CIMName("WriteIOs")));
              return inst;
          }},
         {"with a renamed property",
-         [&] {
+         [&]
+         {
              CIMInstance inst = built(cls, 5);
              inst.getProperty(2).setName(CIMName("Extra"));
              return inst;
          }},
-        {"from the class as it is", [&] { return cls.buildInstance(true, true, CIMPropertyList()); }},
+        {"from the class as it is",
+         [&] { return cls.buildInstance(true, true, CIMPropertyList()); }},
     };
     Array<CIMName> some;
     some.append(CIMName("InstanceID"));

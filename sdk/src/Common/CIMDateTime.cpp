@@ -305,9 +305,19 @@ String _format(Boolean interval, Uint64 usec, Sint32 utcOffset, Uint32 significa
 
 CIMDateTime::CIMDateTime() : _rep(new CIMDateTimeRep) {}
 
+// The constructors that check their input start from the zero interval and
+// let it go if the check throws, as no destructor will run then.
 CIMDateTime::CIMDateTime(const String& str) : _rep(new CIMDateTimeRep)
 {
-    set(str);
+    try
+    {
+        set(str);
+    }
+    catch (...)
+    {
+        _unref(_rep);
+        throw;
+    }
 }
 
 CIMDateTime::CIMDateTime(const CIMDateTime& x) : _rep(x._rep)
@@ -317,7 +327,15 @@ CIMDateTime::CIMDateTime(const CIMDateTime& x) : _rep(x._rep)
 
 CIMDateTime::CIMDateTime(Uint64 usec, Boolean isInterval) : _rep(new CIMDateTimeRep)
 {
-    set(_format(isInterval, usec, 0, 6));
+    try
+    {
+        set(_format(isInterval, usec, 0, 6));
+    }
+    catch (...)
+    {
+        _unref(_rep);
+        throw;
+    }
 }
 
 CIMDateTime::CIMDateTime(Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes,
@@ -325,29 +343,45 @@ CIMDateTime::CIMDateTime(Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Ui
                          Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset)
     : _rep(new CIMDateTimeRep)
 {
-    if (year > 9999 || month < 1 || month > 12 || day < 1 || day > _daysInMonth(year, month) ||
-        hours > 23 || minutes > 59 || seconds > 59 || microseconds > 999999 ||
-        numSignificantMicrosecondDigits > 6 || utcOffset < -999 || utcOffset > 999)
+    try
     {
-        throw DateTimeOutOfRangeException(String("time stamp field out of range"));
+        if (year > 9999 || month < 1 || month > 12 || day < 1 || day > _daysInMonth(year, month) ||
+            hours > 23 || minutes > 59 || seconds > 59 || microseconds > 999999 ||
+            numSignificantMicrosecondDigits > 6 || utcOffset < -999 || utcOffset > 999)
+        {
+            throw DateTimeOutOfRangeException(String("time stamp field out of range"));
+        }
+        Uint64 usec = _daysFromCivil(year, month, day) * USEC_PER_DAY + hours * USEC_PER_HOUR +
+                      minutes * USEC_PER_MIN + seconds * USEC_PER_SEC + microseconds;
+        set(_format(false, usec, utcOffset, numSignificantMicrosecondDigits));
     }
-    Uint64 usec = _daysFromCivil(year, month, day) * USEC_PER_DAY + hours * USEC_PER_HOUR +
-                  minutes * USEC_PER_MIN + seconds * USEC_PER_SEC + microseconds;
-    set(_format(false, usec, utcOffset, numSignificantMicrosecondDigits));
+    catch (...)
+    {
+        _unref(_rep);
+        throw;
+    }
 }
 
 CIMDateTime::CIMDateTime(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds,
                          Uint32 microseconds, Uint32 numSignificantMicrosecondDigits)
     : _rep(new CIMDateTimeRep)
 {
-    if (days > MAX_INTERVAL_DAYS || hours > 23 || minutes > 59 || seconds > 59 ||
-        microseconds > 999999 || numSignificantMicrosecondDigits > 6)
+    try
     {
-        throw DateTimeOutOfRangeException(String("interval field out of range"));
+        if (days > MAX_INTERVAL_DAYS || hours > 23 || minutes > 59 || seconds > 59 ||
+            microseconds > 999999 || numSignificantMicrosecondDigits > 6)
+        {
+            throw DateTimeOutOfRangeException(String("interval field out of range"));
+        }
+        Uint64 usec = days * USEC_PER_DAY + hours * USEC_PER_HOUR + minutes * USEC_PER_MIN +
+                      seconds * USEC_PER_SEC + microseconds;
+        set(_format(true, usec, 0, numSignificantMicrosecondDigits));
     }
-    Uint64 usec = days * USEC_PER_DAY + hours * USEC_PER_HOUR + minutes * USEC_PER_MIN +
-                  seconds * USEC_PER_SEC + microseconds;
-    set(_format(true, usec, 0, numSignificantMicrosecondDigits));
+    catch (...)
+    {
+        _unref(_rep);
+        throw;
+    }
 }
 
 CIMDateTime::~CIMDateTime()

@@ -8,9 +8,9 @@ sim/orvapi/models/large.json), then times each request below as a client
 sees it (curl for the two large enumerations, Python's http.client for the
 rest): wall time to the last byte, bytes received, the server's peak RSS
 during the request (the kernel's high-water mark, reset before each run) and
-its RSS once the answer is complete, and the CPU time the server spent on it
-(which, unlike the wall time, does not grow when the machine is busy with
-other work). Not a test: nothing here passes or fails.
+its RSS once the answer is complete, and the CPU time the server spent on it,
+work after the answer's end included (which, unlike the wall time, does not
+grow much when the machine is busy with other work). Not a test: nothing here passes or fails.
 """
 import argparse
 import base64
@@ -198,8 +198,10 @@ def main():
                     t = time.monotonic()
                     size = run(server)
                     wall = time.monotonic() - t
-                    cpu = server.cpu_seconds() - cpu
+                    # After a pause, so that the CPU time includes what the
+                    # server does once the answer is out (freeing it).
                     time.sleep(0.2)
+                    cpu = server.cpu_seconds() - cpu
                     print("%-46s %9.2f %9.2f %10.1f %12.0f %12.0f" % (name, wall, cpu, size / 1e6,
                           server.status("VmHWM") / 1e6, server.status("VmRSS") / 1e6), flush=True)
         finally:

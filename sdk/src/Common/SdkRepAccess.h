@@ -330,6 +330,16 @@ public:
         }
         const std::vector<T>& items = _block->items;
         const size_t n = items.size();
+        // Where this name was found last on this thread, in whatever list:
+        // the instances a provider fills are alike, so it is mostly right.
+        // A guess only, checked like any other candidate.
+        const StringRep* key = SdkRepAccess::rep(SdkRepAccess::text(name));
+        FoundAt& memo = _foundAt[(reinterpret_cast<uintptr_t>(key) >> 4) % FOUND_AT_SLOTS];
+        if (memo.name == key && memo.index < n && sameName(NameOf<T>::of(items[memo.index]), name))
+        {
+            _hint.store(memo.index + 1, std::memory_order_relaxed);
+            return memo.index;
+        }
         size_t i = _hint.load(std::memory_order_relaxed);
         if (i >= n)
         {
@@ -344,6 +354,8 @@ public:
             if (sameName(NameOf<T>::of(items[i]), name))
             {
                 _hint.store(Uint32(i + 1), std::memory_order_relaxed);
+                memo.name = key;
+                memo.index = Uint32(i);
                 return Uint32(i);
             }
         }
@@ -567,11 +579,22 @@ private:
         return *_block;
     }
 
+    struct FoundAt
+    {
+        const StringRep* name = nullptr;
+        Uint32 index = 0;
+    };
+    static const size_t FOUND_AT_SLOTS = 64;
+    static thread_local FoundAt _foundAt[FOUND_AT_SLOTS];
+
     mutable std::shared_ptr<Block> _block;
     mutable std::atomic_flag _lock = ATOMIC_FLAG_INIT;
     // Only where find() starts; any value is correct.
     mutable std::atomic<Uint32> _hint{0};
 };
+
+template <class T>
+thread_local typename NamedList<T>::FoundAt NamedList<T>::_foundAt[NamedList<T>::FOUND_AT_SLOTS];
 
 class CIMQualifierRep
 {

@@ -65,27 +65,33 @@ def service_object(system):
 
 
 class Server:
-    def __init__(self, build, array, work):
+    """orv-cimserver on `array`, HTTP only, with the given accounts (name to
+    password; by default the driver's one) and any further arguments."""
+
+    def __init__(self, build, array, work, accounts=None, extra_args=()):
         self.work = work
         users = os.path.join(work, "users")
-        subprocess.run([os.path.join(build, "bin", "orv-cimuser"), "--users", users, "add", USER,
-                        "--password-stdin"], input=(PASSWORD + "\n").encode(), check=True,
-                       stdout=subprocess.DEVNULL)
+        for user, password in (accounts or {USER: PASSWORD}).items():
+            subprocess.run([os.path.join(build, "bin", "orv-cimuser"), "--users", users, "add", user,
+                            "--password-stdin"], input=(password + "\n").encode(), check=True,
+                           stdout=subprocess.DEVNULL)
         with socket.socket() as s:
             s.bind(("127.0.0.1", 0))
             self.port = s.getsockname()[1]
+        self.err_path = os.path.join(work, "server.err")
         self.proc = subprocess.Popen(
             [os.path.join(build, "bin", "orv-cimserver"), "--http-port", str(self.port),
              "--https-port", "0", "--array", array, "--users", users,
-             "--state-dir", os.path.join(work, "state"), "--access-log", os.path.join(work, "access.log")],
-            stdout=subprocess.DEVNULL, stderr=open(os.path.join(work, "server.err"), "w"))
+             "--state-dir", os.path.join(work, "state"), "--access-log", os.path.join(work, "access.log")]
+            + list(extra_args),
+            stdout=subprocess.DEVNULL, stderr=open(self.err_path, "w"))
         for _ in range(300):
             try:
                 socket.create_connection(("127.0.0.1", self.port), timeout=0.2).close()
                 return
             except OSError:
                 if self.proc.poll() is not None:
-                    sys.exit("the server did not start; see %s/server.err" % work)
+                    sys.exit("the server did not start; see " + self.err_path)
                 time.sleep(0.1)
         sys.exit("the server did not answer")
 

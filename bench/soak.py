@@ -48,6 +48,7 @@ REQUEST_TIMEOUT = 15
 NS_HEADER = "root%2Forv"
 # The request shapes are the end-to-end driver's.
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import e2e_bench  # noqa: E402
 from e2e_bench import HEAD, NS, TAIL, class_param, intrinsic, value_param  # noqa: E402
 
 
@@ -166,36 +167,13 @@ def read_answer(s):
         rest += chunk
 
 
-class Server:
+class Server(e2e_bench.Server):
     def __init__(self, build, array, work):
-        users = os.path.join(work, "users")
-        for user, password in ACCOUNTS.items():
-            subprocess.run([os.path.join(build, "bin", "orv-cimuser"), "--users", users, "add", user,
-                            "--password-stdin"], input=(password + "\n").encode(), check=True,
-                           stdout=subprocess.DEVNULL)
-        with socket.socket() as s:
-            s.bind(("127.0.0.1", 0))
-            self.port = s.getsockname()[1]
-        self.err_path = os.path.join(work, "server.err")
-        self.proc = subprocess.Popen(
-            [os.path.join(build, "bin", "orv-cimserver"), "--http-port", str(self.port),
-             "--https-port", "0", "--array", array, "--users", users,
-             "--request-timeout", str(REQUEST_TIMEOUT),
-             "--state-dir", os.path.join(work, "state"), "--access-log", os.path.join(work, "access.log")],
-            stdout=subprocess.DEVNULL, stderr=open(self.err_path, "w"))
-        for _ in range(300):
-            try:
-                socket.create_connection(("127.0.0.1", self.port), timeout=0.2).close()
-                return
-            except OSError:
-                if self.proc.poll() is not None:
-                    sys.exit("the server did not start; see " + self.err_path)
-                time.sleep(0.1)
-        sys.exit("the server did not answer")
+        super().__init__(build, array, work, accounts=ACCOUNTS,
+                         extra_args=["--request-timeout", str(REQUEST_TIMEOUT)])
 
     def rss(self):
-        with open("/proc/%d/status" % self.proc.pid) as f:
-            return int(re.search(r"^VmRSS:\s+(\d+) kB", f.read(), re.M).group(1)) * 1024
+        return self.status("VmRSS")
 
     def stop(self):
         self.proc.send_signal(signal.SIGTERM)

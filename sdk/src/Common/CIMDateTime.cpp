@@ -303,85 +303,84 @@ String _format(Boolean interval, Uint64 usec, Sint32 utcOffset, Uint32 significa
 
 } // namespace
 
-CIMDateTime::CIMDateTime() : _rep(new CIMDateTimeRep) {}
-
-// The constructors that check their input start from the zero interval and
-// let it go if the check throws, as no destructor will run then.
-CIMDateTime::CIMDateTime(const String& str) : _rep(new CIMDateTimeRep)
+namespace
 {
-    try
+
+// The fields a text stands for; throws when it is not a date-time.
+DateTimeFields _parsed(const String& str)
+{
+    DateTimeFields fields;
+    if (!fields.parse(str))
     {
-        set(str);
+        throw InvalidDateTimeFormatException();
     }
-    catch (...)
-    {
-        _unref(_rep);
-        throw;
-    }
+    return fields;
 }
+
+DateTimeFields _timeStamp(Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes,
+                          Uint32 seconds, Uint32 microseconds,
+                          Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset)
+{
+    if (year > 9999 || month < 1 || month > 12 || day < 1 || day > _daysInMonth(year, month) ||
+        hours > 23 || minutes > 59 || seconds > 59 || microseconds > 999999 ||
+        numSignificantMicrosecondDigits > 6 || utcOffset < -999 || utcOffset > 999)
+    {
+        throw DateTimeOutOfRangeException(String("time stamp field out of range"));
+    }
+    Uint64 usec = _daysFromCivil(year, month, day) * USEC_PER_DAY + hours * USEC_PER_HOUR +
+                  minutes * USEC_PER_MIN + seconds * USEC_PER_SEC + microseconds;
+    return _parsed(_format(false, usec, utcOffset, numSignificantMicrosecondDigits));
+}
+
+DateTimeFields _interval(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds,
+                         Uint32 microseconds, Uint32 numSignificantMicrosecondDigits)
+{
+    if (days > MAX_INTERVAL_DAYS || hours > 23 || minutes > 59 || seconds > 59 ||
+        microseconds > 999999 || numSignificantMicrosecondDigits > 6)
+    {
+        throw DateTimeOutOfRangeException(String("interval field out of range"));
+    }
+    Uint64 usec = days * USEC_PER_DAY + hours * USEC_PER_HOUR + minutes * USEC_PER_MIN +
+                  seconds * USEC_PER_SEC + microseconds;
+    return _parsed(_format(true, usec, 0, numSignificantMicrosecondDigits));
+}
+
+} // namespace
+
+// Every checking constructor settles the fields before anything is
+// allocated, so a refusal leaves nothing behind.
+CIMDateTime::CIMDateTime(const DateTimeFields& fields) : _rep(new CIMDateTimeRep)
+{
+    _rep->f = fields;
+}
+
+CIMDateTime::CIMDateTime() : CIMDateTime(DateTimeFields()) {}
+
+CIMDateTime::CIMDateTime(const String& str) : CIMDateTime(_parsed(str)) {}
 
 CIMDateTime::CIMDateTime(const CIMDateTime& x) : _rep(x._rep)
 {
     _rep->refs.fetch_add(1, std::memory_order_relaxed);
 }
 
-CIMDateTime::CIMDateTime(Uint64 usec, Boolean isInterval) : _rep(new CIMDateTimeRep)
+CIMDateTime::CIMDateTime(Uint64 usec, Boolean isInterval)
+    : CIMDateTime(_parsed(_format(isInterval, usec, 0, 6)))
 {
-    try
-    {
-        set(_format(isInterval, usec, 0, 6));
-    }
-    catch (...)
-    {
-        _unref(_rep);
-        throw;
-    }
 }
 
 CIMDateTime::CIMDateTime(Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes,
                          Uint32 seconds, Uint32 microseconds,
                          Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset)
-    : _rep(new CIMDateTimeRep)
+    : CIMDateTime(_timeStamp(year, month, day, hours, minutes, seconds, microseconds,
+                             numSignificantMicrosecondDigits, utcOffset))
 {
-    try
-    {
-        if (year > 9999 || month < 1 || month > 12 || day < 1 || day > _daysInMonth(year, month) ||
-            hours > 23 || minutes > 59 || seconds > 59 || microseconds > 999999 ||
-            numSignificantMicrosecondDigits > 6 || utcOffset < -999 || utcOffset > 999)
-        {
-            throw DateTimeOutOfRangeException(String("time stamp field out of range"));
-        }
-        Uint64 usec = _daysFromCivil(year, month, day) * USEC_PER_DAY + hours * USEC_PER_HOUR +
-                      minutes * USEC_PER_MIN + seconds * USEC_PER_SEC + microseconds;
-        set(_format(false, usec, utcOffset, numSignificantMicrosecondDigits));
-    }
-    catch (...)
-    {
-        _unref(_rep);
-        throw;
-    }
 }
 
 CIMDateTime::CIMDateTime(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds,
                          Uint32 microseconds, Uint32 numSignificantMicrosecondDigits)
-    : _rep(new CIMDateTimeRep)
+    : CIMDateTime(_interval(days, hours, minutes, seconds, microseconds,
+                            numSignificantMicrosecondDigits))
 {
-    try
-    {
-        if (days > MAX_INTERVAL_DAYS || hours > 23 || minutes > 59 || seconds > 59 ||
-            microseconds > 999999 || numSignificantMicrosecondDigits > 6)
-        {
-            throw DateTimeOutOfRangeException(String("interval field out of range"));
-        }
-        Uint64 usec = days * USEC_PER_DAY + hours * USEC_PER_HOUR + minutes * USEC_PER_MIN +
-                      seconds * USEC_PER_SEC + microseconds;
-        set(_format(true, usec, 0, numSignificantMicrosecondDigits));
-    }
-    catch (...)
-    {
-        _unref(_rep);
-        throw;
-    }
 }
 
 CIMDateTime::~CIMDateTime()
@@ -420,12 +419,7 @@ String CIMDateTime::toString() const
 
 void CIMDateTime::set(const String& str)
 {
-    DateTimeFields fields;
-    if (!fields.parse(str))
-    {
-        throw InvalidDateTimeFormatException();
-    }
-    _replace(fields);
+    _replace(_parsed(str));
 }
 
 void CIMDateTime::clear()
@@ -605,15 +599,15 @@ void CIMDateTime::setTimeStamp(Uint32 year, Uint32 month, Uint32 day, Uint32 hou
                                Uint32 minutes, Uint32 seconds, Uint32 microseconds,
                                Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset)
 {
-    *this = CIMDateTime(year, month, day, hours, minutes, seconds, microseconds,
-                        numSignificantMicrosecondDigits, utcOffset);
+    _replace(_timeStamp(year, month, day, hours, minutes, seconds, microseconds,
+                        numSignificantMicrosecondDigits, utcOffset));
 }
 
 void CIMDateTime::setInterval(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds,
                               Uint32 microseconds, Uint32 numSignificantMicrosecondDigits)
 {
-    *this = CIMDateTime(days, hours, minutes, seconds, microseconds,
-                        numSignificantMicrosecondDigits);
+    _replace(_interval(days, hours, minutes, seconds, microseconds,
+                       numSignificantMicrosecondDigits));
 }
 
 namespace

@@ -29,24 +29,6 @@ void propertyNames(const CIMConstInstance& instance, std::vector<CIMName>& names
     }
 }
 
-bool carriesMoreThan(const CIMConstInstance& instance, Boolean includeQualifiers,
-                     Boolean includeClassOrigin)
-{
-    const CIMObjectRep& rep = needRep(SdkRepAccess::rep(instance));
-    if (!includeQualifiers && rep.qualifiers.count() != 0)
-    {
-        return true;
-    }
-    for (const CIMProperty& p : rep.properties.view())
-    {
-        if (SdkRepAccess::rep(p)->carries(!includeQualifiers, !includeClassOrigin))
-        {
-            return true;
-        }
-    }
-    return false;
-}
-
 PropertyShape::PropertyShape() = default;
 PropertyShape::~PropertyShape() = default;
 

@@ -75,6 +75,7 @@ public:
     Boolean operator!=(const CIMDateTime& x) const;
 
 private:
+    explicit CIMDateTime(const DateTimeFields& fields);
     // Gives this value these fields, in place when no copy shares them.
     void _replace(const DateTimeFields& fields);
 

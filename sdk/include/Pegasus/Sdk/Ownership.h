@@ -24,12 +24,6 @@ PEGASUS_COMMON_LINKAGE CIMInstance exclusiveInstance(const CIMInstance& instance
 PEGASUS_COMMON_LINKAGE void propertyNames(const CIMConstInstance& instance,
                                           std::vector<CIMName>& names);
 
-// True when filter(includeQualifiers, includeClassOrigin, ...) would drop
-// something other than properties: qualifiers or class origins.
-PEGASUS_COMMON_LINKAGE bool carriesMoreThan(const CIMConstInstance& instance,
-                                            Boolean includeQualifiers,
-                                            Boolean includeClassOrigin);
-
 // The declarations an instance's properties read from, in order. The
 // instances a provider builds from one class mostly share them, and with
 // them their names, qualifiers and class origins, so what depends only on
@@ -54,12 +48,15 @@ private:
     std::vector<std::shared_ptr<const void>> _declarations;
 };
 
-// The part of carriesMoreThan() that depends on the declarations alone.
+// Whether filter(includeQualifiers, includeClassOrigin, ...) would drop
+// something other than properties (qualifiers or class origins) is, in two
+// parts: what the declarations carry, decided once per shape ...
 PEGASUS_COMMON_LINKAGE bool declarationsCarryMoreThan(const CIMConstInstance& instance,
                                                       Boolean includeQualifiers,
                                                       Boolean includeClassOrigin);
 
-// The rest: qualifiers of the instance itself, or a property's own list.
+// ... and, without includeQualifiers, the instance's own qualifiers or a
+// property's own list.
 PEGASUS_COMMON_LINKAGE bool carriesOwnQualifiers(const CIMConstInstance& instance);
 
 } // namespace Sdk

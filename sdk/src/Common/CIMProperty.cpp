@@ -6,7 +6,7 @@ PEGASUS_NAMESPACE_BEGIN
 
 namespace
 {
-std::shared_ptr<CIMPropertyRep> makeProperty(const CIMName& name, const CIMValue& value,
+Ref<CIMPropertyRep> makeProperty(const CIMName& name, const CIMValue& value,
                                              Uint32 arraySize, const CIMName& referenceClassName,
                                              const CIMName& classOrigin, Boolean propagated)
 {
@@ -19,13 +19,13 @@ std::shared_ptr<CIMPropertyRep> makeProperty(const CIMName& name, const CIMValue
     {
         throw TypeMismatchException();
     }
-    auto decl = std::make_shared<CIMPropertyDecl>();
+    auto decl = makeRef<CIMPropertyDecl>();
     decl->name = name;
     decl->arraySize = arraySize;
     decl->referenceClassName = referenceClassName;
     decl->classOrigin = classOrigin;
     decl->propagated = propagated;
-    auto rep = std::make_shared<CIMPropertyRep>();
+    auto rep = makeRef<CIMPropertyRep>();
     rep->decl = std::move(decl);
     rep->value = value;
     return rep;
@@ -40,30 +40,62 @@ bool identicalProperties(const CIMPropertyRep& a, const CIMPropertyRep& b)
            x.classOrigin.equal(y.classOrigin) && x.propagated == y.propagated &&
            a.qualifiers().identical<CIMConstQualifier>(b.qualifiers());
 }
+// Takes a reference to `rep` for a handle.
+CIMPropertyRep* hold(CIMPropertyRep* rep)
+{
+    if (rep)
+    {
+        rep->retain();
+    }
+    return rep;
+}
+
+CIMPropertyRep* hold(const Ref<CIMPropertyRep>& rep)
+{
+    return hold(rep.get());
+}
+
+void drop(CIMPropertyRep* rep)
+{
+    if (rep && rep->release())
+    {
+        delete rep;
+    }
+}
+
+// Assignment that survives self-assignment and a handle reached through
+// the one assigned.
+void assign(CIMPropertyRep*& to, CIMPropertyRep* from)
+{
+    CIMPropertyRep* old = to;
+    to = hold(from);
+    drop(old);
+}
 } // namespace
 
 CIMProperty::CIMProperty()
 {
 }
 
-CIMProperty::CIMProperty(const CIMProperty& x) : _rep(x._rep)
+CIMProperty::CIMProperty(const CIMProperty& x) : _rep(hold(x._rep))
 {
 }
 
 CIMProperty::CIMProperty(const CIMName& name, const CIMValue& value, Uint32 arraySize,
                          const CIMName& referenceClassName, const CIMName& classOrigin,
                          Boolean propagated)
-    : _rep(makeProperty(name, value, arraySize, referenceClassName, classOrigin, propagated))
+    : _rep(hold(makeProperty(name, value, arraySize, referenceClassName, classOrigin, propagated)))
 {
 }
 
 CIMProperty::~CIMProperty()
 {
+    drop(_rep);
 }
 
 CIMProperty& CIMProperty::operator=(const CIMProperty& x)
 {
-    _rep = x._rep;
+    assign(_rep, x._rep);
     return *this;
 }
 
@@ -188,34 +220,35 @@ CIMConstProperty::CIMConstProperty()
 {
 }
 
-CIMConstProperty::CIMConstProperty(const CIMConstProperty& x) : _rep(x._rep)
+CIMConstProperty::CIMConstProperty(const CIMConstProperty& x) : _rep(hold(x._rep))
 {
 }
 
-CIMConstProperty::CIMConstProperty(const CIMProperty& x) : _rep(x._rep)
+CIMConstProperty::CIMConstProperty(const CIMProperty& x) : _rep(hold(x._rep))
 {
 }
 
 CIMConstProperty::CIMConstProperty(const CIMName& name, const CIMValue& value, Uint32 arraySize,
                                    const CIMName& referenceClassName, const CIMName& classOrigin,
                                    Boolean propagated)
-    : _rep(makeProperty(name, value, arraySize, referenceClassName, classOrigin, propagated))
+    : _rep(hold(makeProperty(name, value, arraySize, referenceClassName, classOrigin, propagated)))
 {
 }
 
 CIMConstProperty::~CIMConstProperty()
 {
+    drop(_rep);
 }
 
 CIMConstProperty& CIMConstProperty::operator=(const CIMConstProperty& x)
 {
-    _rep = x._rep;
+    assign(_rep, x._rep);
     return *this;
 }
 
 CIMConstProperty& CIMConstProperty::operator=(const CIMProperty& x)
 {
-    _rep = x._rep;
+    assign(_rep, x._rep);
     return *this;
 }
 

@@ -32,6 +32,9 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
+template <class T>
+class Ref;
+
 struct SdkRepAccess
 {
     template <class H>
@@ -58,6 +61,19 @@ struct SdkRepAccess
         handle._rep = r;
         return handle;
     }
+
+    // For handles holding a bare counted pointer.
+    template <class H, class R>
+    static H wrap(const Ref<R>& r)
+    {
+        H handle;
+        handle._rep = r.get();
+        if (handle._rep)
+        {
+            handle._rep->retain();
+        }
+        return handle;
+    }
 };
 
 // Dereferences a handle's representation; a default-constructed handle has none.
@@ -69,6 +85,143 @@ inline R& needRep(const std::shared_ptr<R>& rep)
         throw UninitializedObjectException();
     }
     return *rep;
+}
+
+// Counted in place, as OpenPegasus counts its representations: the handle
+// is one bare pointer (a list slot half the size of a shared_ptr) and the
+// count costs no allocation of its own. A copy starts uncounted.
+class Counted
+{
+public:
+    Counted() noexcept
+    {
+    }
+    Counted(const Counted&) noexcept
+    {
+    }
+    Counted& operator=(const Counted&) noexcept
+    {
+        return *this;
+    }
+
+    long useCount() const noexcept
+    {
+        return long(_refs.load(std::memory_order_relaxed));
+    }
+    void retain() const noexcept
+    {
+        _refs.fetch_add(1, std::memory_order_relaxed);
+    }
+    // True when that was the last reference.
+    bool release() const noexcept
+    {
+        return _refs.fetch_sub(1, std::memory_order_acq_rel) == 1;
+    }
+
+private:
+    mutable std::atomic<Uint32> _refs{0};
+};
+
+// An owning pointer to a Counted representation, with the shared_ptr
+// operations the lists use.
+template <class T>
+class Ref
+{
+public:
+    Ref() noexcept
+    {
+    }
+    explicit Ref(T* p) noexcept : _p(p)
+    {
+        if (_p)
+        {
+            _p->retain();
+        }
+    }
+    Ref(const Ref& x) noexcept : Ref(x._p)
+    {
+    }
+    template <class U>
+    Ref(const Ref<U>& x) noexcept : Ref(x.get())
+    {
+    }
+    Ref(Ref&& x) noexcept : _p(x._p)
+    {
+        x._p = nullptr;
+    }
+    ~Ref()
+    {
+        if (_p && _p->release())
+        {
+            delete _p;
+        }
+    }
+    Ref& operator=(Ref x) noexcept
+    {
+        std::swap(_p, x._p);
+        return *this;
+    }
+
+    T* get() const noexcept
+    {
+        return _p;
+    }
+    T& operator*() const noexcept
+    {
+        return *_p;
+    }
+    T* operator->() const noexcept
+    {
+        return _p;
+    }
+    explicit operator bool() const noexcept
+    {
+        return _p != nullptr;
+    }
+    long use_count() const noexcept
+    {
+        return _p ? _p->useCount() : 0;
+    }
+    void reset() noexcept
+    {
+        Ref().swap(*this);
+    }
+    void swap(Ref& x) noexcept
+    {
+        std::swap(_p, x._p);
+    }
+
+private:
+    T* _p = nullptr;
+};
+
+template <class T, class... Args>
+Ref<T> makeRef(Args&&... args)
+{
+    return Ref<T>(new T(std::forward<Args>(args)...));
+}
+
+// A handle's representation as a bare counted pointer: dereferenced, and
+// counted, like the shared ones.
+template <class R>
+inline R& needRep(R* rep)
+{
+    if (!rep)
+    {
+        throw UninitializedObjectException();
+    }
+    return *rep;
+}
+
+template <class R>
+inline long useCount(const std::shared_ptr<R>& rep)
+{
+    return rep.use_count();
+}
+
+inline long useCount(const Counted* rep)
+{
+    return rep ? rep->useCount() : 0;
 }
 
 inline void checkIndex(Uint32 index, size_t size)
@@ -131,7 +284,7 @@ struct OutsideReach
 {
     static bool reached(const T& x)
     {
-        return SdkRepAccess::rep(x).use_count() > 1;
+        return useCount(SdkRepAccess::rep(x)) > 1;
     }
 };
 
@@ -426,7 +579,7 @@ public:
             _block = std::make_shared<Block>(*_block);
         }
         T& item = _block->items[index];
-        if (SdkRepAccess::rep(item).use_count() > 1)
+        if (useCount(SdkRepAccess::rep(item)) > 1)
         {
             item = item.clone();
         }
@@ -619,7 +772,7 @@ public:
 // instances built from one class share their class's declarations, so an
 // instance costs little more than its values. A declaration never changes
 // while shared: a property that changes one takes a copy of its own first.
-class CIMPropertyDecl
+class CIMPropertyDecl : public Counted
 {
 public:
     CIMPropertyDecl() = default;
@@ -639,8 +792,7 @@ public:
 
     // This declaration less its qualifiers and/or class origin, made once
     // and shared, for the instances that leave them out.
-    std::shared_ptr<const CIMPropertyDecl> stripped(const std::shared_ptr<const CIMPropertyDecl>& self,
-                                                    bool dropQualifiers, bool dropClassOrigin) const;
+    Ref<const CIMPropertyDecl> stripped(bool dropQualifiers, bool dropClassOrigin) const;
 
     // Before a change: the variants made so far no longer match.
     void forgetVariants();
@@ -670,11 +822,12 @@ public:
     }
 
 private:
-    mutable std::atomic<std::shared_ptr<const CIMPropertyDecl>*> _stripped[3] = {};
+    // Each holds a reference to the variant it points at.
+    mutable std::atomic<const CIMPropertyDecl*> _stripped[3] = {};
     mutable std::atomic<EncodedTag*> _encodedTag{nullptr};
 };
 
-class CIMPropertyRep
+class CIMPropertyRep : public Counted
 {
 public:
     CIMPropertyRep() = default;
@@ -685,7 +838,7 @@ public:
         delete _ownQualifiers.load(std::memory_order_relaxed);
     }
 
-    std::shared_ptr<const CIMPropertyDecl> decl;
+    Ref<const CIMPropertyDecl> decl;
     CIMValue value;
 
     // The declaration, to change: copied first when shared.
@@ -693,7 +846,7 @@ public:
     {
         if (decl.use_count() > 1)
         {
-            decl = std::make_shared<CIMPropertyDecl>(*decl);
+            decl = makeRef<CIMPropertyDecl>(*decl);
         }
         CIMPropertyDecl& d = const_cast<CIMPropertyDecl&>(*decl);
         d.forgetVariants();
@@ -747,21 +900,21 @@ public:
         if ((dropQualifiers && decl->qualifiers.count()) ||
             (dropClassOrigin && !decl->classOrigin.isNull()))
         {
-            decl = decl->stripped(decl, dropQualifiers, dropClassOrigin);
+            decl = decl->stripped(dropQualifiers, dropClassOrigin);
         }
     }
 
     // A copy sharing the declaration; a property with a list of its own
     // gives the copy a declaration holding a copy of that list (which
     // clones qualifiers that handles reach).
-    std::shared_ptr<CIMPropertyRep> clone() const
+    Ref<CIMPropertyRep> clone() const
     {
-        auto copy = std::make_shared<CIMPropertyRep>();
+        auto copy = makeRef<CIMPropertyRep>();
         copy->value = value;
         NamedList<CIMQualifier>* own = _ownQualifiers.load(std::memory_order_acquire);
         if (own)
         {
-            auto d = std::make_shared<CIMPropertyDecl>(*decl);
+            auto d = makeRef<CIMPropertyDecl>(*decl);
             d->qualifiers = *own;
             copy->decl = std::move(d);
         }
@@ -777,7 +930,7 @@ private:
 };
 
 inline CIMPropertyDecl::CIMPropertyDecl(const CIMPropertyDecl& x)
-    : name(x.name), arraySize(x.arraySize), referenceClassName(x.referenceClassName),
+    : Counted(), name(x.name), arraySize(x.arraySize), referenceClassName(x.referenceClassName),
       classOrigin(x.classOrigin), propagated(x.propagated), qualifiers(x.qualifiers)
 {
 }
@@ -791,26 +944,29 @@ inline void CIMPropertyDecl::forgetVariants()
 {
     for (auto& slot : _stripped)
     {
-        delete slot.exchange(nullptr, std::memory_order_relaxed);
+        const CIMPropertyDecl* made = slot.exchange(nullptr, std::memory_order_relaxed);
+        if (made && made->release())
+        {
+            delete made;
+        }
     }
     delete _encodedTag.exchange(nullptr, std::memory_order_relaxed);
 }
 
-inline std::shared_ptr<const CIMPropertyDecl>
-CIMPropertyDecl::stripped(const std::shared_ptr<const CIMPropertyDecl>& self, bool dropQualifiers,
-                          bool dropClassOrigin) const
+inline Ref<const CIMPropertyDecl> CIMPropertyDecl::stripped(bool dropQualifiers,
+                                                            bool dropClassOrigin) const
 {
     if (!dropQualifiers && !dropClassOrigin)
     {
-        return self;
+        return Ref<const CIMPropertyDecl>(this);
     }
     auto& slot = _stripped[(dropQualifiers ? 1 : 0) + (dropClassOrigin ? 2 : 0) - 1];
-    std::shared_ptr<const CIMPropertyDecl>* made = slot.load(std::memory_order_acquire);
+    const CIMPropertyDecl* made = slot.load(std::memory_order_acquire);
     if (made)
     {
-        return *made;
+        return Ref<const CIMPropertyDecl>(made);
     }
-    auto d = std::make_shared<CIMPropertyDecl>(*this);
+    auto d = makeRef<CIMPropertyDecl>(*this);
     if (dropQualifiers)
     {
         d->qualifiers.clear();
@@ -819,12 +975,14 @@ CIMPropertyDecl::stripped(const std::shared_ptr<const CIMPropertyDecl>& self, bo
     {
         d->classOrigin = CIMName();
     }
-    auto fresh = std::make_unique<std::shared_ptr<const CIMPropertyDecl>>(std::move(d));
-    if (slot.compare_exchange_strong(made, fresh.get(), std::memory_order_acq_rel))
+    // The slot's own reference.
+    d->retain();
+    if (slot.compare_exchange_strong(made, d.get(), std::memory_order_acq_rel))
     {
-        made = fresh.release();
+        return d;
     }
-    return *made;
+    d->release();
+    return Ref<const CIMPropertyDecl>(made);
 }
 
 class CIMParameterRep
@@ -865,7 +1023,7 @@ struct OutsideReach<CIMProperty>
     static bool reached(const CIMProperty& x)
     {
         const auto& rep = SdkRepAccess::rep(x);
-        return rep.use_count() > 1 || rep->hasOwnQualifiers();
+        return useCount(rep) > 1 || rep->hasOwnQualifiers();
     }
 };
 

@@ -55,7 +55,9 @@ void PropertyShape::take(const CIMConstInstance& instance)
     _declarations.clear();
     for (const CIMProperty& p : properties)
     {
-        _declarations.push_back(SdkRepAccess::rep(p)->decl);
+        // Held through the counted reference the deleter keeps.
+        const Ref<const CIMPropertyDecl>& decl = SdkRepAccess::rep(p)->decl;
+        _declarations.emplace_back(decl.get(), [held = decl](const void*) {});
     }
 }
 

@@ -1,8 +1,6 @@
 #ifndef Pegasus_CIMProperty_h
 #define Pegasus_CIMProperty_h
 
-#include <memory>
-
 #include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/CIMName.h>
 #include <Pegasus/Common/CIMQualifier.h>
@@ -53,7 +51,8 @@ public:
     Boolean isUninitialized() const;
 
 private:
-    std::shared_ptr<CIMPropertyRep> _rep;
+    // Counted in the representation.
+    CIMPropertyRep* _rep = nullptr;
 
     friend class CIMConstProperty;
     friend struct SdkRepAccess;
@@ -88,7 +87,8 @@ public:
     Boolean isUninitialized() const;
 
 private:
-    std::shared_ptr<CIMPropertyRep> _rep;
+    // Counted in the representation.
+    CIMPropertyRep* _rep = nullptr;
 
     friend class CIMProperty;
     friend struct SdkRepAccess;

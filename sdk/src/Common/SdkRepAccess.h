@@ -293,13 +293,23 @@ struct OutsideReach
 class OutSet
 {
 public:
+    OutSet() noexcept
+    {
+    }
+    OutSet(const OutSet& x)
+        : _low(x._low), _high(x._high ? std::make_unique<std::vector<unsigned char>>(*x._high) : nullptr),
+          _count(x._count)
+    {
+    }
+    OutSet& operator=(const OutSet&) = delete;
+
     bool any() const
     {
         return _count != 0;
     }
     bool test(size_t i) const
     {
-        return i < 64 ? ((_low >> i) & 1) != 0 : (i - 64 < _high.size() && _high[i - 64]);
+        return i < 64 ? ((_low >> i) & 1) != 0 : (_high && i - 64 < _high->size() && (*_high)[i - 64]);
     }
     void set(size_t i)
     {
@@ -313,11 +323,15 @@ public:
             _low |= _bit(i);
             return;
         }
-        if (_high.size() <= i - 64)
+        if (!_high)
         {
-            _high.resize(i - 63, 0);
+            _high = std::make_unique<std::vector<unsigned char>>();
         }
-        _high[i - 64] = 1;
+        if (_high->size() <= i - 64)
+        {
+            _high->resize(i - 63, 0);
+        }
+        (*_high)[i - 64] = 1;
     }
     void reset(size_t i)
     {
@@ -332,13 +346,13 @@ public:
         }
         else
         {
-            _high[i - 64] = 0;
+            (*_high)[i - 64] = 0;
         }
     }
     void clear()
     {
         _low = 0;
-        _high.clear();
+        _high.reset();
         _count = 0;
     }
     // Element i left the list: the flags after it move down by one.
@@ -350,22 +364,22 @@ public:
         }
         if (i >= 64)
         {
-            if (i - 64 < _high.size())
+            if (_high && i - 64 < _high->size())
             {
-                _high.erase(_high.begin() + (i - 64));
+                _high->erase(_high->begin() + (i - 64));
             }
             return;
         }
         const uint64_t below = _low & (_bit(i) - 1);
         const uint64_t above = i == 63 ? 0 : (_low >> (i + 1)) << i;
         _low = below | above;
-        if (!_high.empty())
+        if (_high && !_high->empty())
         {
-            if (_high[0])
+            if ((*_high)[0])
             {
                 _low |= _bit(63);
             }
-            _high.erase(_high.begin());
+            _high->erase(_high->begin());
         }
     }
 
@@ -376,18 +390,19 @@ private:
     }
 
     uint64_t _low = 0;
-    std::vector<unsigned char> _high;
+    // Flags past the first 64, in the rare list that long.
+    std::unique_ptr<std::vector<unsigned char>> _high;
     Uint32 _count = 0;
 };
 
 template <class T>
 class NamedList
 {
-    struct Block
+    struct Block : Counted
     {
         Block() = default;
         // A copy starts private.
-        Block(const Block& x) : items(x.items), out(x.out)
+        Block(const Block& x) : Counted(), items(x.items), out(x.out)
         {
         }
         Block& operator=(const Block&) = delete;
@@ -408,7 +423,7 @@ public:
     class View
     {
     public:
-        explicit View(std::shared_ptr<const Block> block) : _block(std::move(block))
+        explicit View(Ref<const Block> block) : _block(std::move(block))
         {
         }
         size_t size() const
@@ -429,7 +444,7 @@ public:
         }
 
     private:
-        std::shared_ptr<const Block> _block;
+        Ref<const Block> _block;
     };
 
     NamedList() noexcept
@@ -448,7 +463,7 @@ public:
     {
         if (this != &x)
         {
-            std::shared_ptr<Block> block = x._shareable();
+            Ref<Block> block = x._shareable();
             _block.swap(block);
         }
         return *this;
@@ -555,7 +570,7 @@ public:
         {
             return _block->items[index];
         }
-        auto block = std::make_shared<Block>(*_block);
+        auto block = makeRef<Block>(*_block);
         T& item = block->items[index];
         // The old block still holds it: this list's own from now on.
         item = item.clone();
@@ -576,7 +591,7 @@ public:
         }
         if (_block->shared.load(std::memory_order_relaxed) || _block.use_count() > 1)
         {
-            _block = std::make_shared<Block>(*_block);
+            _block = makeRef<Block>(*_block);
         }
         T& item = _block->items[index];
         if (useCount(SdkRepAccess::rep(item)) > 1)
@@ -679,7 +694,7 @@ private:
     // What a copy of this list starts from. An element handed out earlier
     // whose handles are all gone is no longer out and can be shared again;
     // one that a handle still reaches is cloned for the copy.
-    std::shared_ptr<Block> _shareable() const
+    Ref<Block> _shareable() const
     {
         Guard guard(_lock);
         if (!_block)
@@ -706,7 +721,7 @@ private:
             _block->shared.store(true, std::memory_order_relaxed);
             return _block;
         }
-        auto copy = std::make_shared<Block>();
+        auto copy = makeRef<Block>();
         copy->items.reserve(_block->items.size());
         for (size_t i = 0; i < _block->items.size(); i++)
         {
@@ -721,13 +736,13 @@ private:
     {
         if (!_block)
         {
-            _block = std::make_shared<Block>();
+            _block = makeRef<Block>();
         }
         else if (_block->shared.load(std::memory_order_relaxed) || _block.use_count() > 1)
         {
             // Another list shares it or did (then nothing is out), or a
             // reader's view holds it (then what is out stays out).
-            _block = std::make_shared<Block>(*_block);
+            _block = makeRef<Block>(*_block);
         }
         return *_block;
     }
@@ -740,7 +755,7 @@ private:
     static const size_t FOUND_AT_SLOTS = 64;
     static thread_local FoundAt _foundAt[FOUND_AT_SLOTS];
 
-    mutable std::shared_ptr<Block> _block;
+    mutable Ref<Block> _block;
     mutable std::atomic_flag _lock = ATOMIC_FLAG_INIT;
     // Only where find() starts; any value is correct.
     mutable std::atomic<Uint32> _hint{0};

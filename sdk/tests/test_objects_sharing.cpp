@@ -190,14 +190,26 @@ TEST(ObjectsSharing, OneClassReadFromManyThreads)
     const CIMClass cls = makeClass().clone();
     const std::string expected = dump(cls);
     std::vector<std::string> seen(4);
+    std::vector<int> wrong(seen.size(), 0);
     std::vector<std::thread> threads;
     for (size_t t = 0; t < seen.size(); t++)
     {
         threads.emplace_back([&, t]() {
             for (int i = 0; i < 2000; i++)
             {
-                CIMInstance inst = cls.buildInstance(true, true, CIMPropertyList());
+                // Every flag pair, so that the threads race to make the
+                // class's shared declarations without qualifiers or origin.
+                const bool qualifiers = (i + t) % 2 == 0;
+                const bool origin = (i + t) % 4 < 2;
+                CIMInstance inst = cls.buildInstance(qualifiers, origin, CIMPropertyList());
                 inst.getProperty(0).setValue(CIMValue(Uint64(i)));
+                const CIMConstInstance read = inst;
+                CIMConstProperty size = read.getProperty(read.findProperty(SIZE));
+                if (size.getQualifierCount() != (qualifiers ? 2u : 0u) ||
+                    size.getClassOrigin().isNull() == origin || !(size.getValue() == CIMValue(Uint64(i))))
+                {
+                    wrong[t]++;
+                }
                 CIMConstProperty p = cls.getProperty(0);
                 (void)p.getQualifier(0);
             }
@@ -208,9 +220,10 @@ TEST(ObjectsSharing, OneClassReadFromManyThreads)
     {
         t.join();
     }
-    for (const std::string& s : seen)
+    for (size_t t = 0; t < seen.size(); t++)
     {
-        EXPECT_EQ(expected, s);
+        EXPECT_EQ(expected, seen[t]);
+        EXPECT_EQ(0, wrong[t]);
     }
 }
 

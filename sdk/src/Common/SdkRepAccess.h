@@ -104,9 +104,11 @@ public:
         return *this;
     }
 
+    // Acquire: a caller that finds itself the only holder may change the
+    // representation, after whatever the holders that let go did with it.
     long useCount() const noexcept
     {
-        return long(_refs.load(std::memory_order_relaxed));
+        return long(_refs.load(std::memory_order_acquire));
     }
     void retain() const noexcept
     {

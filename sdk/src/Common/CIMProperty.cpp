@@ -6,9 +6,9 @@ PEGASUS_NAMESPACE_BEGIN
 
 namespace
 {
-Ref<CIMPropertyRep> makeProperty(const CIMName& name, const CIMValue& value,
-                                             Uint32 arraySize, const CIMName& referenceClassName,
-                                             const CIMName& classOrigin, Boolean propagated)
+Ref<CIMPropertyRep> makeProperty(const CIMName& name, const CIMValue& value, Uint32 arraySize,
+                                 const CIMName& referenceClassName, const CIMName& classOrigin,
+                                 Boolean propagated)
 {
     if (name.isNull())
     {
@@ -40,36 +40,14 @@ bool identicalProperties(const CIMPropertyRep& a, const CIMPropertyRep& b)
            x.classOrigin.equal(y.classOrigin) && x.propagated == y.propagated &&
            a.qualifiers().identical<CIMConstQualifier>(b.qualifiers());
 }
-// Takes a reference to `rep` for a handle.
-CIMPropertyRep* hold(CIMPropertyRep* rep)
-{
-    if (rep)
-    {
-        rep->retain();
-    }
-    return rep;
-}
-
-CIMPropertyRep* hold(const Ref<CIMPropertyRep>& rep)
-{
-    return hold(rep.get());
-}
-
-void drop(CIMPropertyRep* rep)
-{
-    if (rep && rep->release())
-    {
-        delete rep;
-    }
-}
 
 // Assignment that survives self-assignment and a handle reached through
 // the one assigned.
 void assign(CIMPropertyRep*& to, CIMPropertyRep* from)
 {
     CIMPropertyRep* old = to;
-    to = hold(from);
-    drop(old);
+    to = holdRep(from);
+    dropRep(old);
 }
 } // namespace
 
@@ -77,20 +55,20 @@ CIMProperty::CIMProperty()
 {
 }
 
-CIMProperty::CIMProperty(const CIMProperty& x) : _rep(hold(x._rep))
+CIMProperty::CIMProperty(const CIMProperty& x) : _rep(holdRep(x._rep))
 {
 }
 
 CIMProperty::CIMProperty(const CIMName& name, const CIMValue& value, Uint32 arraySize,
                          const CIMName& referenceClassName, const CIMName& classOrigin,
                          Boolean propagated)
-    : _rep(hold(makeProperty(name, value, arraySize, referenceClassName, classOrigin, propagated)))
+    : _rep(makeProperty(name, value, arraySize, referenceClassName, classOrigin, propagated).detach())
 {
 }
 
 CIMProperty::~CIMProperty()
 {
-    drop(_rep);
+    dropRep(_rep);
 }
 
 CIMProperty& CIMProperty::operator=(const CIMProperty& x)
@@ -220,24 +198,24 @@ CIMConstProperty::CIMConstProperty()
 {
 }
 
-CIMConstProperty::CIMConstProperty(const CIMConstProperty& x) : _rep(hold(x._rep))
+CIMConstProperty::CIMConstProperty(const CIMConstProperty& x) : _rep(holdRep(x._rep))
 {
 }
 
-CIMConstProperty::CIMConstProperty(const CIMProperty& x) : _rep(hold(x._rep))
+CIMConstProperty::CIMConstProperty(const CIMProperty& x) : _rep(holdRep(x._rep))
 {
 }
 
 CIMConstProperty::CIMConstProperty(const CIMName& name, const CIMValue& value, Uint32 arraySize,
                                    const CIMName& referenceClassName, const CIMName& classOrigin,
                                    Boolean propagated)
-    : _rep(hold(makeProperty(name, value, arraySize, referenceClassName, classOrigin, propagated)))
+    : _rep(makeProperty(name, value, arraySize, referenceClassName, classOrigin, propagated).detach())
 {
 }
 
 CIMConstProperty::~CIMConstProperty()
 {
-    drop(_rep);
+    dropRep(_rep);
 }
 
 CIMConstProperty& CIMConstProperty::operator=(const CIMConstProperty& x)

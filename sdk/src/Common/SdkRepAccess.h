@@ -67,11 +67,7 @@ struct SdkRepAccess
     static H wrap(const Ref<R>& r)
     {
         H handle;
-        handle._rep = r.get();
-        if (handle._rep)
-        {
-            handle._rep->retain();
-        }
+        handle._rep = holdRep(r.get());
         return handle;
     }
 };
@@ -124,6 +120,27 @@ private:
     mutable std::atomic<Uint32> _refs{0};
 };
 
+// One more holder of `rep` (which may be null); returns it.
+template <class T>
+T* holdRep(T* rep) noexcept
+{
+    if (rep)
+    {
+        rep->retain();
+    }
+    return rep;
+}
+
+// One holder fewer; the last one deletes it.
+template <class T>
+void dropRep(T* rep) noexcept
+{
+    if (rep && rep->release())
+    {
+        delete rep;
+    }
+}
+
 // An owning pointer to a Counted representation, with the shared_ptr
 // operations the lists use.
 template <class T>
@@ -133,12 +150,8 @@ public:
     Ref() noexcept
     {
     }
-    explicit Ref(T* p) noexcept : _p(p)
+    explicit Ref(T* p) noexcept : _p(holdRep(p))
     {
-        if (_p)
-        {
-            _p->retain();
-        }
     }
     Ref(const Ref& x) noexcept : Ref(x._p)
     {
@@ -153,10 +166,7 @@ public:
     }
     ~Ref()
     {
-        if (_p && _p->release())
-        {
-            delete _p;
-        }
+        dropRep(_p);
     }
     Ref& operator=(Ref x) noexcept
     {
@@ -191,6 +201,13 @@ public:
     void swap(Ref& x) noexcept
     {
         std::swap(_p, x._p);
+    }
+    // Hands this reference to the caller, who drops it in time.
+    T* detach() noexcept
+    {
+        T* p = _p;
+        _p = nullptr;
+        return p;
     }
 
 private:
@@ -961,11 +978,7 @@ inline void CIMPropertyDecl::forgetVariants()
 {
     for (auto& slot : _stripped)
     {
-        const CIMPropertyDecl* made = slot.exchange(nullptr, std::memory_order_relaxed);
-        if (made && made->release())
-        {
-            delete made;
-        }
+        dropRep(slot.exchange(nullptr, std::memory_order_relaxed));
     }
     delete _encodedTag.exchange(nullptr, std::memory_order_relaxed);
 }
@@ -992,13 +1005,13 @@ inline Ref<const CIMPropertyDecl> CIMPropertyDecl::stripped(bool dropQualifiers,
     {
         d->classOrigin = CIMName();
     }
-    // The slot's own reference.
-    d->retain();
-    if (slot.compare_exchange_strong(made, d.get(), std::memory_order_acq_rel))
+    // The slot holds a reference of its own.
+    const CIMPropertyDecl* fresh = holdRep(d.get());
+    if (slot.compare_exchange_strong(made, fresh, std::memory_order_acq_rel))
     {
         return d;
     }
-    d->release();
+    dropRep(fresh);
     return Ref<const CIMPropertyDecl>(made);
 }
 

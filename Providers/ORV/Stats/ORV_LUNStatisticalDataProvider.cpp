@@ -312,9 +312,11 @@ Array<CIMInstance> ORV_LUNStatisticalDataProvider::_build_instances(
     if (!isGetInstance)
     {
         instances.reserveCapacity(allstats.count);
+        Family::ReleaseBehind released(allstats.stats);
         for (Uint32 i = 0; i < allstats.count; i++)
         {
             instances.append(buildInstance(cimClass, allstats.stats[i], _hostAddr));
+            released.readUpTo(&allstats.stats[i + 1]);
         }
     }
     else
@@ -352,9 +354,11 @@ Array<CIMObjectPath> ORV_LUNStatisticalDataProvider::_build_ref()
             }) == 0)
     {
         paths.reserveCapacity(allstats.count);
+        Family::ReleaseBehind released(allstats.stats);
         for (Uint32 i = 0; i < allstats.count; i++)
         {
             paths.append(buildObjectPath(_hostAddr, makeInstanceID(allstats.stats[i])));
+            released.readUpTo(&allstats.stats[i + 1]);
         }
     }
     log_message(LOG_TRACE, "<-- ORV_LUNStatisticalDataProvider::_build_ref\n");

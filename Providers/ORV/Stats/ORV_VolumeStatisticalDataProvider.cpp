@@ -2,6 +2,9 @@
 
 #include <cstring>
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Provider/ProviderException.h>
@@ -311,6 +314,39 @@ String ORV_VolumeStatisticalDataProvider::fieldText(const char* field, size_t si
         length++;
     }
     return String(field, (Uint32)length);
+}
+
+namespace
+{
+uintptr_t pageSize()
+{
+    static const uintptr_t size = (uintptr_t)sysconf(_SC_PAGESIZE);
+    return size;
+}
+
+// Fewer, larger calls: a page at a time would cost a system call per ten
+// records.
+const uintptr_t RELEASE_BATCH = 1 << 20;
+} // namespace
+
+ORV_VolumeStatisticalDataProvider::ReleaseBehind::ReleaseBehind(const void* records)
+    // The first whole page inside the array: the allocator's own bookkeeping
+    // lies before it.
+    : _from(((uintptr_t)records + pageSize() - 1) & ~(pageSize() - 1))
+{
+}
+
+void ORV_VolumeStatisticalDataProvider::ReleaseBehind::readUpTo(const void* unread)
+{
+    const uintptr_t to = (uintptr_t)unread & ~(pageSize() - 1);
+    if (to < _from + RELEASE_BATCH)
+    {
+        return;
+    }
+    // The pages stay mapped and read as zero if touched again; a failure
+    // only leaves them in place.
+    madvise((void*)_from, to - _from, MADV_DONTNEED);
+    _from = to;
 }
 
 // ---- fetching ---------------------------------------------------------------

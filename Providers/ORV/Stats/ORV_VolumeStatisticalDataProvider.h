@@ -1,6 +1,7 @@
 #ifndef ORV_VolumeStatisticalDataProvider_h
 #define ORV_VolumeStatisticalDataProvider_h
 
+#include <cstdint>
 #include <cstdlib>
 #include <ctime>
 
@@ -133,6 +134,25 @@ public:
         FreeOnExit(const FreeOnExit&);
         FreeOnExit& operator=(const FreeOnExit&);
         T*& _records;
+    };
+
+    // Gives the system back the pages of a library result array that a build
+    // has read past. The array of all the LUN paths of a full-size array runs
+    // to tens of megabytes and would otherwise sit, unread, beside every
+    // instance built from it until the build ends. Only whole pages inside
+    // the array are given back; their contents read as zero afterwards, and
+    // the array is still freed whole (FreeOnExit).
+    class ReleaseBehind
+    {
+    public:
+        explicit ReleaseBehind(const void* records);
+        // Everything before `unread` will not be read again.
+        void readUpTo(const void* unread);
+
+    private:
+        ReleaseBehind(const ReleaseBehind&);
+        ReleaseBehind& operator=(const ReleaseBehind&);
+        uintptr_t _from;
     };
 
     // A fixed-size, NUL-terminated record field as a String, never reading

@@ -4,6 +4,10 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <vector>
+
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -243,3 +247,37 @@ TEST(NodeIds, NameFromInstanceIdAndNodeOfPort)
 }
 
 } // namespace
+
+// A build reads the library's records once, front to back. The pages it has
+// read past go back to the system; one it has yet to read must not.
+TEST(ReleaseBehind, GivesBackOnlyWhatWasReadPast)
+{
+    struct Record
+    {
+        unsigned char bytes[360];
+    };
+    const size_t count = 30000; // about 10 MB, several release batches
+    Record* records = static_cast<Record*>(malloc(count * sizeof(Record)));
+    ASSERT_NE(records, nullptr);
+    memset(records, 0xAB, count * sizeof(Record));
+    {
+        ORV_VolumeStatisticalDataProvider::ReleaseBehind released(records);
+        for (size_t i = 0; i < count; i++)
+        {
+            for (unsigned char b : records[i].bytes)
+            {
+                ASSERT_EQ(b, 0xAB) << "record " << i << " was given back before it was read";
+            }
+            released.readUpTo(&records[i + 1]);
+        }
+    }
+    const uintptr_t page = (uintptr_t)sysconf(_SC_PAGESIZE);
+    const uintptr_t first = ((uintptr_t)records + page - 1) & ~(page - 1);
+    std::vector<unsigned char> resident(4);
+    ASSERT_EQ(mincore((void*)first, 4 * page, resident.data()), 0);
+    for (unsigned char r : resident)
+    {
+        EXPECT_EQ(r & 1, 0) << "the first pages read were kept";
+    }
+    free(records);
+}

@@ -155,6 +155,16 @@ template <class Owner> void _allQualifiers(std::string& out, const Owner& owner)
     }
 }
 
+// Read through the list: handing qualifiers out would give each property of
+// a shared class a list of its own.
+void _allQualifiers(std::string& out, const NamedList<CIMQualifier>& qualifiers)
+{
+    for (const CIMQualifier& q : qualifiers.view())
+    {
+        _qualifiers(out, CIMConstQualifier(q));
+    }
+}
+
 // The start tag of a property less its '>': element, name, type and the
 // declaration's attributes.
 void _propertyTag(std::string& out, const CIMPropertyDecl& d, CIMType type, bool isArray)
@@ -199,10 +209,9 @@ void _propertyTag(std::string& out, const CIMPropertyDecl& d, CIMType type, bool
 
 // Every instance of a class repeats the same start tags, so each is made
 // once per declaration and copied from then on.
-void _property(std::string& out, const CIMProperty& p)
+void _property(std::string& out, const CIMProperty& p, const CIMValue& value)
 {
     const CIMPropertyRep& rep = *SdkRepAccess::rep(p);
-    const CIMValue& value = rep.value;
     const CIMType type = value.getType();
     const bool isArray = value.isArray();
     const CIMPropertyDecl::EncodedTag* tag = rep.decl->encodedTag();
@@ -225,7 +234,7 @@ void _property(std::string& out, const CIMProperty& p)
     out += '>';
     if (rep.qualifiers().count() != 0)
     {
-        _allQualifiers(out, CIMConstProperty(p));
+        _allQualifiers(out, rep.qualifiers());
     }
     appendValue(out, value);
     out += type == CIMTYPE_REFERENCE ? "</PROPERTY.REFERENCE>"
@@ -683,11 +692,12 @@ void appendInstance(std::string& out, const CIMConstInstance& instance)
     out += "<INSTANCE";
     _attrName(out, "CLASSNAME", instance.getClassName());
     out += '>';
-    _allQualifiers(out, instance);
+    _allQualifiers(out, SdkRepAccess::rep(instance)->qualifiers);
     // Read through the list, not handed out one by one.
-    for (const CIMProperty& p : SdkRepAccess::rep(instance)->properties.view())
+    const auto properties = SdkRepAccess::rep(instance)->properties.view();
+    for (size_t i = 0; i < properties.size(); i++)
     {
-        _property(out, p);
+        _property(out, properties[i], properties.value(i));
     }
     out += "</INSTANCE>";
 }
@@ -701,10 +711,11 @@ void appendClass(std::string& out, const CIMConstClass& cimClass)
         _attrName(out, "SUPERCLASS", cimClass.getSuperClassName());
     }
     out += '>';
-    _allQualifiers(out, cimClass);
-    for (const CIMProperty& p : SdkRepAccess::rep(cimClass)->properties.view())
+    _allQualifiers(out, SdkRepAccess::rep(cimClass)->qualifiers);
+    const auto properties = SdkRepAccess::rep(cimClass)->properties.view();
+    for (size_t i = 0; i < properties.size(); i++)
     {
-        _property(out, p);
+        _property(out, properties[i], properties.value(i));
     }
     for (Uint32 i = 0; i < cimClass.getMethodCount(); ++i)
     {

@@ -251,13 +251,14 @@ CIMInstance CIMClass::buildInstance(Boolean includeQualifiers, Boolean includeCl
         target.properties = rep.properties;
         return instance;
     }
-    for (const CIMProperty& p : rep.properties.view())
+    const auto properties = rep.properties.view();
+    for (size_t i = 0; i < properties.size(); i++)
     {
-        if (!propertyList.isNull() && !propertyList.contains(p.getName()))
+        if (!propertyList.isNull() && !propertyList.contains(properties[i].getName()))
         {
             continue;
         }
-        CIMProperty copy = p.clone();
+        CIMProperty copy = properties.item(i).clone();
         SdkRepAccess::rep(copy)->strip(!includeQualifiers, !includeClassOrigin);
         target.properties.adopt(std::move(copy));
     }

@@ -45,8 +45,7 @@ CIMObjectPath buildInstancePath(const CIMObjectRep& instance, const CIMConstClas
         {
             throw NoSuchProperty(keyNames[i].getString());
         }
-        const CIMProperty& p = properties[pos];
-        keyBindings.append(CIMKeyBinding(p.getName(), p.getValue()));
+        keyBindings.append(CIMKeyBinding(properties[pos].getName(), properties.value(pos)));
     }
     return CIMObjectPath(String(), CIMNamespaceName(), instance.className, keyBindings);
 }

@@ -79,8 +79,10 @@ String CIMObjectRep::toMof() const
         text.append(className.getString());
     }
     text.append("\n{\n");
-    for (const CIMProperty& p : properties.view())
+    const auto items = properties.view();
+    for (size_t i = 0; i < items.size(); i++)
     {
+        const CIMProperty p = items.item(i);
         text.append(qualifierText(SdkRepAccess::rep(p)->qualifiers(), "    "));
         text.append("    ");
         if (kind == CLASS)

@@ -4,10 +4,12 @@
 // Representations behind the object handles, and the one door through which the
 // implementation files reach a handle's representation. Not installed.
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -417,6 +419,9 @@ private:
 template <class T>
 class NamedList
 {
+    // Only property lists lay values over a shared block (see Overlay).
+    static constexpr bool OVERLAID = std::is_same<T, CIMProperty>::value;
+
     struct Block : Counted
     {
         Block() = default;
@@ -426,23 +431,105 @@ class NamedList
         }
         Block& operator=(const Block&) = delete;
 
+        // Once given to a second list a block never changes again, even
+        // after the other list has let go: whatever that list's thread read
+        // of it is not ordered before a change made here. (Beside the count,
+        // where it costs no room.)
+        std::atomic<bool> shared{false};
         std::vector<T> items;
         // Per element: handed out by the list owning this block. A block
         // with one set is never shared.
         OutSet out;
-        // Once given to a second list a block never changes again, even
-        // after the other list has let go: whatever that list's thread read
-        // of it is not ordered before a change made here.
-        std::atomic<bool> shared{false};
+    };
+
+    // The values a list sets on the elements of a block that it shares (an
+    // instance sharing its class's properties): the instance costs the
+    // values it sets rather than a copy of every element. A handle to an
+    // element needs a representation of its own, so the one handed out
+    // last is kept here, the list's own, until nothing else holds it; its
+    // value is then folded back into the entries, and the representation
+    // serves the next element handed out. Changes to anything but its
+    // value, or a second element going out while it is held, end the
+    // overlay: the list then takes a block of its own as any other list.
+    // Copied before a change while a view holds it, as blocks are.
+    struct Overlay : Counted
+    {
+        static constexpr Uint32 NONE = 0xFFFFFFFF;
+
+        struct Entry
+        {
+            Uint32 index;
+            CIMValue value;
+        };
+
+        Overlay() = default;
+        Overlay(const Overlay& x) : Counted(), outIndex(x.outIndex), entries(x.entries), out(x.out)
+        {
+        }
+        Overlay& operator=(const Overlay&) = delete;
+
+        const CIMValue* find(Uint32 index) const
+        {
+            auto it = _at(index);
+            return it != entries.end() && it->index == index ? &it->value : nullptr;
+        }
+        void set(Uint32 index, const CIMValue& value)
+        {
+            // Mostly set in list order.
+            if (entries.empty() || entries.back().index < index)
+            {
+                _grow();
+                entries.push_back(Entry{index, value});
+                return;
+            }
+            auto it = _at(index);
+            if (it != entries.end() && it->index == index)
+            {
+                it->value = value;
+                return;
+            }
+            const size_t at = size_t(it - entries.begin());
+            _grow();
+            entries.insert(entries.begin() + at, Entry{index, value});
+        }
+
+        // The element out, or NONE; `out` may then hold a representation
+        // kept for the next one.
+        Uint32 outIndex = NONE;
+        std::vector<Entry> entries; // by index
+        T out;
+
+    private:
+        // Grown by half rather than doubled: an instance sets a dozen or so
+        // values, and the room left over is kept as long as it.
+        void _grow()
+        {
+            if (entries.size() == entries.capacity())
+            {
+                entries.reserve(entries.size() + entries.size() / 2 + 2);
+            }
+        }
+        typename std::vector<Entry>::const_iterator _at(Uint32 index) const
+        {
+            return std::lower_bound(entries.begin(), entries.end(), index,
+                                    [](const Entry& e, Uint32 i) { return e.index < i; });
+        }
+        typename std::vector<Entry>::iterator _at(Uint32 index)
+        {
+            return std::lower_bound(entries.begin(), entries.end(), index,
+                                    [](const Entry& e, Uint32 i) { return e.index < i; });
+        }
     };
 
 public:
     // A stable read-only look at the elements, for internal walks that hand
-    // out no element.
+    // out no element. The elements give names, types, declarations and
+    // qualifiers; a property's value is read through value().
     class View
     {
     public:
-        explicit View(Ref<const Block> block) : _block(std::move(block))
+        explicit View(Ref<const Block> block, Ref<const Overlay> overlay = Ref<const Overlay>())
+            : _block(std::move(block)), _overlay(std::move(overlay))
         {
         }
         size_t size() const
@@ -461,9 +548,54 @@ public:
         {
             return _block ? _block->items.data() + _block->items.size() : nullptr;
         }
+        // The value of property i as the list holds it.
+        const CIMValue& value(size_t i) const
+        {
+            if (_overlay)
+            {
+                if (_overlay->outIndex == i)
+                {
+                    return SdkRepAccess::rep(_overlay->out)->value;
+                }
+                if (const CIMValue* v = _overlay->find(Uint32(i)))
+                {
+                    return *v;
+                }
+            }
+            return SdkRepAccess::rep(_block->items[i])->value;
+        }
+        // Property i whole, for the few walks that need it as a handle: a
+        // copy of its own when its value lies in the overlay.
+        T item(size_t i) const
+        {
+            if constexpr (OVERLAID)
+            {
+                return _overlaid(i);
+            }
+            return _block->items[i];
+        }
 
     private:
+        T _overlaid(size_t i) const
+        {
+            if (_overlay)
+            {
+                if (_overlay->outIndex == i)
+                {
+                    return _overlay->out;
+                }
+                if (const CIMValue* v = _overlay->find(Uint32(i)))
+                {
+                    T copy = _block->items[i].clone();
+                    SdkRepAccess::rep(copy)->value = *v;
+                    return copy;
+                }
+            }
+            return _block->items[i];
+        }
+
         Ref<const Block> _block;
+        Ref<const Overlay> _overlay;
     };
 
     NamedList() noexcept
@@ -474,7 +606,8 @@ public:
     {
     }
 
-    NamedList(NamedList&& x) noexcept : _block(std::move(x._block))
+    NamedList(NamedList&& x) noexcept
+        : _block(std::move(x._block)), _overlay(std::move(x._overlay))
     {
     }
 
@@ -484,6 +617,7 @@ public:
         {
             Ref<Block> block = x._shareable();
             _block.swap(block);
+            _overlay.reset();
         }
         return *this;
     }
@@ -493,6 +627,7 @@ public:
         if (this != &x)
         {
             _block = std::move(x._block);
+            _overlay = std::move(x._overlay);
         }
         return *this;
     }
@@ -500,7 +635,8 @@ public:
     View view() const
     {
         Guard guard(_lock);
-        return View(_block);
+        _settle();
+        return View(_block, _overlay);
     }
 
     // Names are unique in a list. Callers tend to look elements up in list
@@ -515,6 +651,8 @@ public:
         {
             return PEG_NOT_FOUND;
         }
+        // A renamed element shows under its new name.
+        _settle();
         const std::vector<T>& items = _block->items;
         const size_t n = items.size();
         // Where this name was found last on this thread, in whatever list:
@@ -585,17 +723,22 @@ public:
     {
         Guard guard(_lock);
         checkIndex(index, _block ? _block->items.size() : 0);
+        T item;
+        if (_overlaidGet(index, item))
+        {
+            return item;
+        }
         if (_block->out.test(index))
         {
             return _block->items[index];
         }
         auto block = makeRef<Block>(*_block);
-        T& item = block->items[index];
+        T& own = block->items[index];
         // The old block still holds it: this list's own from now on.
-        item = item.clone();
+        own = own.clone();
         _markOut(*block, index);
         _block = std::move(block);
-        return item;
+        return own;
     }
 
     // The same for the object's owner, which may change its own block in
@@ -604,6 +747,11 @@ public:
     {
         Guard guard(_lock);
         checkIndex(index, _block ? _block->items.size() : 0);
+        T overlaid;
+        if (_overlaidGet(index, overlaid))
+        {
+            return overlaid;
+        }
         if (_block->out.test(index))
         {
             return _block->items[index];
@@ -632,6 +780,7 @@ public:
     void clear()
     {
         _block.reset();
+        _overlay.reset();
     }
 
     Uint32 count() const
@@ -646,6 +795,12 @@ public:
     bool soleOwner() const
     {
         Guard guard(_lock);
+        _settle();
+        if (_overlay && _overlay->outIndex != Overlay::NONE)
+        {
+            // Still held, or it would have been folded back.
+            return false;
+        }
         if (!_block || !_block->out.any())
         {
             return true;
@@ -676,7 +831,7 @@ public:
         }
         for (size_t i = 0; i < mine.size(); i++)
         {
-            if (!mine[i].identical(ConstT(theirs[i])))
+            if (!mine.item(i).identical(ConstT(theirs.item(i))))
             {
                 return false;
             }
@@ -710,6 +865,145 @@ private:
         block.out.set(index);
     }
 
+    // Under the lock. Hands element `index` out through the overlay, when
+    // the list shares its block; false when the list has (or now takes) a
+    // block of its own, for the caller to go on as without one.
+    bool _overlaidGet(Uint32 index, T& item) const
+    {
+        if constexpr (!OVERLAID)
+        {
+            (void)index;
+            (void)item;
+            return false;
+        }
+        else
+        {
+            _settle();
+            if (!_overlay && !_block->shared.load(std::memory_order_relaxed))
+            {
+                return false;
+            }
+            if (_overlay && _overlay->outIndex != Overlay::NONE)
+            {
+                if (_overlay->outIndex == index)
+                {
+                    item = _overlay->out;
+                    return true;
+                }
+                // A second element out at once: not worth tracking.
+                _flatten();
+                return false;
+            }
+            Overlay& overlay = _ownOverlay();
+            const auto* base = SdkRepAccess::rep(_block->items[index]);
+            const CIMValue* set = overlay.find(index);
+            auto* kept = SdkRepAccess::rep(overlay.out);
+            if (kept && kept->useCount() == 1 && !base->hasOwnQualifiers())
+            {
+                // The last one out, folded back and held by nothing else.
+                kept->decl = base->decl;
+                kept->value = set ? *set : base->value;
+            }
+            else
+            {
+                T own = _block->items[index].clone();
+                if (set)
+                {
+                    SdkRepAccess::rep(own)->value = *set;
+                }
+                overlay.out = std::move(own);
+            }
+            overlay.outIndex = index;
+            item = overlay.out;
+            return true;
+        }
+    }
+
+    // Under the lock: brings the overlay up to date with its element out.
+    // Folds that element back once nothing else holds it; ends the overlay
+    // when the element changed in more than its value.
+    void _settle() const
+    {
+        if constexpr (OVERLAID)
+        {
+            if (!_overlay || _overlay->outIndex == Overlay::NONE)
+            {
+                return;
+            }
+            const auto* out = SdkRepAccess::rep(_overlay->out);
+            const auto* base = SdkRepAccess::rep(_block->items[_overlay->outIndex]);
+            if (out->decl.get() != base->decl.get() || out->hasOwnQualifiers())
+            {
+                _flatten();
+                return;
+            }
+            if (out->useCount() == 1)
+            {
+                Overlay& overlay = _ownOverlay();
+                overlay.set(overlay.outIndex, out->value);
+                overlay.outIndex = Overlay::NONE;
+            }
+        }
+    }
+
+    Overlay& _ownOverlay() const
+    {
+        if (!_overlay)
+        {
+            _overlay = makeRef<Overlay>();
+        }
+        else if (_overlay.use_count() > 1)
+        {
+            _overlay = makeRef<Overlay>(*_overlay);
+        }
+        return *_overlay;
+    }
+
+    // Under the lock: the elements as they read, in a block of their own.
+    // The element out is the list's own for the list itself, a copy for
+    // another list.
+    Ref<Block> _composed(bool forAnotherList) const
+    {
+        auto block = makeRef<Block>();
+        const std::vector<T>& items = _block->items;
+        block->items.reserve(items.size());
+        const bool hasOut = _overlay->outIndex != Overlay::NONE;
+        for (size_t i = 0; i < items.size(); i++)
+        {
+            if (hasOut && i == _overlay->outIndex)
+            {
+                block->items.push_back(forAnotherList ? _overlay->out.clone() : _overlay->out);
+                if (!forAnotherList)
+                {
+                    _markOut(*block, i);
+                }
+            }
+            else if (const CIMValue* v = _overlay->find(Uint32(i)))
+            {
+                T copy = items[i].clone();
+                SdkRepAccess::rep(copy)->value = *v;
+                block->items.push_back(std::move(copy));
+            }
+            else
+            {
+                // Nothing in a shared block is out: the element may be
+                // shared on.
+                block->items.push_back(items[i]);
+            }
+        }
+        return block;
+    }
+
+    // Under the lock: ends the overlay, the list taking its own block.
+    void _flatten() const
+    {
+        if constexpr (OVERLAID)
+        {
+            _block = _composed(false);
+            _overlay.reset();
+        }
+    }
+
     // What a copy of this list starts from. An element handed out earlier
     // whose handles are all gone is no longer out and can be shared again;
     // one that a handle still reaches is cloned for the copy.
@@ -719,6 +1013,14 @@ private:
         if (!_block)
         {
             return _block;
+        }
+        if constexpr (OVERLAID)
+        {
+            _settle();
+            if (_overlay)
+            {
+                return _composed(true);
+            }
         }
         if (!_block->out.any())
         {
@@ -753,6 +1055,18 @@ private:
     // The block, to change: this list's own (elements may still be shared).
     Block& _ownBlock()
     {
+        if constexpr (OVERLAID)
+        {
+            if (_overlay)
+            {
+                Guard guard(_lock);
+                _settle();
+                if (_overlay)
+                {
+                    _flatten();
+                }
+            }
+        }
         if (!_block)
         {
             _block = makeRef<Block>();
@@ -775,6 +1089,8 @@ private:
     static thread_local FoundAt _foundAt[FOUND_AT_SLOTS];
 
     mutable Ref<Block> _block;
+    // Only ever set on a property list sharing its block.
+    mutable Ref<Overlay> _overlay;
     mutable std::atomic_flag _lock = ATOMIC_FLAG_INIT;
     // Only where find() starts; any value is correct.
     mutable std::atomic<Uint32> _hint{0};

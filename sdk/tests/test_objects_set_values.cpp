@@ -261,3 +261,28 @@ TEST(ObjectsSetValues, OneFilledInstanceReadFromManyThreads)
     }
     EXPECT_EQ(expected, encoded(inst));
 }
+
+// Reading a class property by property (as the server does to learn its
+// property names) must leave instances built afterwards sharing its
+// properties, not each with copies of them.
+TEST(ObjectsSetValues, ReadingAClassLeavesItShared)
+{
+    // A copy, as the repository hands out: the two share one block.
+    const CIMClass stored = sharedClass();
+    const CIMClass cls = stored.clone();
+    for (Uint32 i = 0; i < cls.getPropertyCount(); i++)
+    {
+        EXPECT_FALSE(cls.getProperty(i).getName().isNull());
+    }
+    CIMClass writable = cls;
+    writable.getProperty(1).getValue();
+
+    const CIMInstance inst = cls.buildInstance(true, true, CIMPropertyList());
+    const auto mine = SdkRepAccess::rep(inst)->properties.view();
+    const auto theirs = SdkRepAccess::rep(cls)->properties.view();
+    ASSERT_EQ(theirs.size(), mine.size());
+    for (size_t i = 0; i < mine.size(); i++)
+    {
+        EXPECT_EQ(SdkRepAccess::rep(theirs[i]), SdkRepAccess::rep(mine[i])) << i;
+    }
+}

@@ -940,7 +940,12 @@ private:
             if (out->useCount() == 1)
             {
                 Overlay& overlay = _ownOverlay();
-                overlay.set(overlay.outIndex, out->value);
+                // A value read but left as it was costs nothing (a class
+                // read property by property keeps sharing its block).
+                if (overlay.find(overlay.outIndex) || !(out->value == base->value))
+                {
+                    overlay.set(overlay.outIndex, out->value);
+                }
                 overlay.outIndex = Overlay::NONE;
             }
         }
@@ -1017,7 +1022,7 @@ private:
         if constexpr (OVERLAID)
         {
             _settle();
-            if (_overlay)
+            if (_overlay && (_overlay->outIndex != Overlay::NONE || !_overlay->entries.empty()))
             {
                 return _composed(true);
             }

@@ -586,9 +586,7 @@ public:
                 }
                 if (const CIMValue* v = _overlay->find(Uint32(i)))
                 {
-                    T copy = _block->items[i].clone();
-                    SdkRepAccess::rep(copy)->value = *v;
-                    return copy;
+                    return _ownCopy(_block->items[i], v);
                 }
             }
             return _block->items[i];
@@ -865,6 +863,17 @@ private:
         block.out.set(index);
     }
 
+    // A copy of property `x` of the list's own, with `value` when given.
+    static T _ownCopy(const T& x, const CIMValue* value)
+    {
+        T copy = x.clone();
+        if (value)
+        {
+            SdkRepAccess::rep(copy)->value = *value;
+        }
+        return copy;
+    }
+
     // Under the lock. Hands element `index` out through the overlay, when
     // the list shares its block; false when the list has (or now takes) a
     // block of its own, for the caller to go on as without one.
@@ -906,12 +915,7 @@ private:
             }
             else
             {
-                T own = _block->items[index].clone();
-                if (set)
-                {
-                    SdkRepAccess::rep(own)->value = *set;
-                }
-                overlay.out = std::move(own);
+                overlay.out = _ownCopy(_block->items[index], set);
             }
             overlay.outIndex = index;
             item = overlay.out;
@@ -985,9 +989,7 @@ private:
             }
             else if (const CIMValue* v = _overlay->find(Uint32(i)))
             {
-                T copy = items[i].clone();
-                SdkRepAccess::rep(copy)->value = *v;
-                block->items.push_back(std::move(copy));
+                block->items.push_back(_ownCopy(items[i], v));
             }
             else
             {
